@@ -1,0 +1,50 @@
+#include "XmlDomHandlers/event_record.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+namespace cblxml {
+
+xd_parse_info *new_event(const char *name)
+{
+    auto *record = static_cast<xd_parse_info *>(std::calloc(1, sizeof(xd_parse_info)));
+    char *nameBuffer = static_cast<char *>(std::malloc(CBLXML_EVENT_NAME_LEN));
+    if (record == nullptr || nameBuffer == nullptr) {
+        std::free(record);
+        std::free(nameBuffer);
+        throw std::bad_alloc();
+    }
+    record->event_name = nameBuffer;
+    rename_event(record, name);
+    return record;
+}
+
+void rename_event(xd_parse_info *record, const char *name)
+{
+    size_t n = std::strlen(name);
+    if (n > CBLXML_EVENT_NAME_LEN)
+        n = CBLXML_EVENT_NAME_LEN;
+    std::memset(record->event_name, ' ', CBLXML_EVENT_NAME_LEN);
+    std::memcpy(record->event_name, name, n);
+}
+
+bool event_is(const xd_parse_info *record, const char *name)
+{
+    if (record == nullptr || record->event_name == nullptr)
+        return false;
+    size_t n = std::strlen(name);
+    return n <= CBLXML_EVENT_NAME_LEN && std::memcmp(record->event_name, name, n) == 0;
+}
+
+char *copy_text(const void *bytes, size_t size, size_t width)
+{
+    char *text = static_cast<char *>(std::calloc(size + width, 1));
+    if (text == nullptr)
+        throw std::bad_alloc();
+    if (size > 0)
+        std::memcpy(text, bytes, size);
+    return text;
+}
+
+} // namespace cblxml

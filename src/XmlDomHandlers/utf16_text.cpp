@@ -1,0 +1,65 @@
+// The UTF-16 conversion routine of the handler: the document (or a part of
+// it) as UTF-16 units, through the transcoder when there is one.
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include <xercesc/util/XMLException.hpp>
+
+#include "XmlDomHandlers/XmlDomHandlers.h"
+#include "platform/platform.h"
+
+namespace cblxml {
+
+XMLCh *XmlDomHandlers::toUtf16(const unsigned char *source, uint32_t &length, bool utf16Flag)
+{
+    const size_t room = size_t{length} + 1;
+    // Unused units keep the space-filled pattern of the conversion buffer.
+    auto *out = static_cast<XMLCh *>(std::malloc(room * sizeof(XMLCh)));
+    if (out == nullptr)
+        throw std::bad_alloc();
+    std::memset(out, 0x20, room * sizeof(XMLCh));
+    out[length] = 0;
+
+    if (transcoder != nullptr) {
+        // Every supported encoding takes at least one byte per UTF-16 unit, so
+        // `room` units always hold the whole document.
+        std::unique_ptr<unsigned char[]> sizes(new unsigned char[room]);
+        XMLSize_t produced = 0;
+        XMLSize_t eaten = 0;
+        try {
+            while (eaten < length && produced < length) {
+                XMLSize_t used = 0;
+                XMLSize_t made = transcoder->transcodeFrom(source + eaten, length - eaten,
+                                                           out + produced, length - produced,
+                                                           used, sizes.get());
+                if (used == 0 && made == 0)
+                    break;  // an incomplete sequence at the end
+                eaten += used;
+                produced += made;
+            }
+        } catch (const xercesc::XMLException &) {
+            // Malformed input: the text ends where the conversion stopped; the
+            // parser reports the document error itself.
+        }
+        out[produced] = 0;
+        length = static_cast<uint32_t>(produced);
+        return out;
+    }
+    if (utf16Flag) {
+        length /= 2;
+        std::memcpy(out, source, size_t{length} * 2);
+        out[length] = 0;
+        return out;
+    }
+    // The platform's multibyte conversion: UTF-8.
+    std::u16string wide = platform::utf8_to_utf16(reinterpret_cast<const char *>(source), length);
+    std::memset(out, 0, room * sizeof(XMLCh));
+    size_t units = wide.size() < length ? wide.size() : length;
+    std::memcpy(out, wide.data(), units * sizeof(XMLCh));
+    length = static_cast<uint32_t>(units);
+    return out;
+}
+
+} // namespace cblxml

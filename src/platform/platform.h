@@ -1,0 +1,49 @@
+// The services that a COBOL run-time would provide, supplied here for Linux.
+// A host may replace them through cblxml_register_services (cblxml.h).
+#ifndef CBLXML_PLATFORM_PLATFORM_H
+#define CBLXML_PLATFORM_PLATFORM_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "cblxml.h"
+
+namespace cblxml::platform {
+
+// The run-time's process-wide thread lock (one mutex unless a host installs its own).
+void thread_lock();
+void thread_unlock();
+
+// The two exception-continuation hooks; the defaults do nothing and return null.
+void *exception_begin(void *service, intptr_t a, intptr_t b);
+void exception_resume(void *handle);
+
+// Environment lookup; null when the name is not set.
+const char *get_env(const char *name);
+
+// Scoped holder of the run-time lock.
+class LockGuard {
+public:
+    LockGuard() { thread_lock(); }
+    ~LockGuard() { thread_unlock(); }
+    LockGuard(const LockGuard &) = delete;
+    LockGuard &operator=(const LockGuard &) = delete;
+};
+
+// The platform's multibyte conversions (what the C library's mbstowcs and
+// wcstombs do on a 16-bit wchar_t platform): UTF-8 <-> UTF-16. Invalid input
+// becomes U+FFFD / '?' rather than failing.
+std::u16string utf8_to_utf16(const char *text, size_t length);
+std::string utf16_to_utf8(const char16_t *text, size_t units);
+
+// Bytes that `utf8` (length bytes, no terminator) takes when stored by
+// DMSetCblData into an item of desc's class on this handle: its code page for
+// alphanumeric classes, 2 per UTF-16 unit for national. Lets callers size an
+// item to the exact text so that nothing is padded or cut.
+uint32_t dm_stored_size(void *handle, const dm_item_desc *desc, const char *utf8,
+                        uint32_t length);
+
+} // namespace cblxml::platform
+
+#endif

@@ -1,0 +1,147 @@
+// Parse start: sets up a SAX2 reader as the option word asks, builds the
+// handler over the document and parses a private copy (or conversion) of it.
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/framework/XMLErrorCodes.hpp>
+#include <xercesc/sax2/XMLReaderFactory.hpp>
+#include <xercesc/util/XMLUni.hpp>
+
+#include "XmlDomHandlers/XmlDomHandlers.h"
+#include "xexml/error_reader.h"
+#include "xexml/parser_init.h"
+
+using xercesc::XMLUni;
+
+namespace cblxml {
+namespace {
+
+void set_features(xercesc::SAX2XMLReader &reader, uint32_t flags)
+{
+    const bool validate = (flags & (CBLXML_OPT_VALIDATE | CBLXML_OPT_VALIDATE_ONLY)) != 0;
+    reader.setFeature(XMLUni::fgSAX2CoreNameSpaces, true);
+    reader.setFeature(XMLUni::fgXercesSchema, validate);
+    reader.setFeature(XMLUni::fgXercesSchemaFullChecking, validate);
+    reader.setFeature(XMLUni::fgSAX2CoreNameSpacePrefixes,
+                      validate || !(flags & CBLXML_OPT_TREE));
+    reader.setFeature(XMLUni::fgSAX2CoreValidation, validate);
+}
+
+// True when the tree holds no element: the document had no root element.
+bool tree_has_no_root(void *out)
+{
+    if (out == nullptr)
+        return true;
+    const xd_dom_node_t *doc = *static_cast<xd_dom_node_t **>(out);
+    if (doc == nullptr)
+        return true;
+    for (const xd_dom_node_t *n = doc->first_child; n != nullptr; n = n->next_sibling) {
+        if (n->kind == XD_DOM_ELEMENT)
+            return false;
+    }
+    return true;
+}
+
+// Result of a failed tree-mode parse, by the parser's error name.
+int32_t tree_failure_result(const xd_dom_parse_err_t *record, void *out)
+{
+    if (record == nullptr || record->isXmlError != 1)
+        return 3;
+    switch (record->errorCode) {
+    case xercesc::XMLErrs::ExpectedCommentOrPI:
+    case xercesc::XMLErrs::ExpectedWhitespace:
+    case xercesc::XMLErrs::XMLDeclMustBeFirst:
+        // The root element was complete and more text follows it: the parse
+        // stopped before the end of the text (a second document, say).
+        return 1;
+    case xercesc::XMLErrs::EmptyMainEntity:
+        return 2;
+    case xercesc::XMLErrs::InvalidDocumentStructure:
+        // The parser's word for a document that has no root element at all.
+        return tree_has_no_root(out) ? 2 : 3;
+    default:
+        return 3;
+    }
+}
+
+// The private parse buffer: a copy of the document, or its UTF-8 form when
+// the data map converts the program's code page.
+std::string parse_buffer(XmlDomHandlers &handler, const void *document, uint32_t length)
+{
+    if (handler.getMPH() == nullptr)
+        return std::string(static_cast<const char *>(document), length);
+    handler.setIdescLen(static_cast<int32_t>(length));
+    uint32_t size = length * 3u + 4u;  // the longest UTF-8 form and its terminator
+    std::string buffer(size, '\0');
+    if (DMGetCblData(handler.getMPH(), handler.getIdesc(), document, DM_FORM_UTF8, buffer.data(),
+                     &size) != 0)
+        size = 0;
+    // The data map's terminator is left out: a NUL after the root element
+    // would be a parse error.
+    buffer.resize(size > 0 ? size - 1 : 0);
+    return buffer;
+}
+
+int32_t parse_document(const void *document, uint32_t length, void *out,
+                       xd_dom_parse_err_t **errorRecord, uint32_t flags)
+{
+    if (!ensure_parser_initialised())
+        return 1;
+    if (document == nullptr)
+        length = 0;
+    auto reader = std::make_unique<ErrorRecordingReader>();
+    set_features(*reader, flags);
+
+    XmlDomHandlers handler(document, length, out, errorRecord, flags);
+    if (handler.getSawErrors())
+        return 0;
+    if (!(flags & CBLXML_OPT_VALIDATE_ONLY)) {
+        reader->setContentHandler(&handler);
+        reader->setLexicalHandler(&handler);
+        reader->setDTDHandler(&handler);
+    }
+    reader->setErrorHandler(&handler);
+    handler.setErrorSource(reader->lastError());
+    handler.resetErrors();
+
+    const std::string buffer = parse_buffer(handler, document, length);
+    xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte *>(buffer.data()),
+                                      buffer.size(), "prodInfo", false);
+    if (handler.getMPH() != nullptr)
+        source.setEncoding(u"UTF-8");  // the buffer holds the data map's UTF-8
+    reader->parse(source);
+    if (reader->getErrorCount() == 0)
+        return 0;
+    if (flags & CBLXML_OPT_TREE)
+        return tree_failure_result(errorRecord != nullptr ? *errorRecord : nullptr, out);
+    return 3;
+}
+
+} // namespace
+
+} // namespace cblxml
+
+extern "C" int32_t kvt_xe_xml_dom_parse(const void *document, uint32_t length, void *out,
+                                        xd_dom_parse_err_t **errorRecord, uint32_t flags)
+{
+    try {
+        return cblxml::parse_document(document, length, out, errorRecord, flags);
+    } catch (...) {
+        // Out of memory or an unexpected parser failure: what was built so far
+        // stays with the caller, and the parse counts as failed.
+        return 3;
+    }
+}
+
+extern "C" int32_t kvt_xe_xmlparse(xd_parse_info *sentinel, const void *document,
+                                   uint32_t length, uint32_t flags)
+{
+    xd_parse_info *head = sentinel;
+    // An event list cannot hold a tree: the tree-mode bit of a program's
+    // option word is not passed on, so the parse always produces events.
+    return kvt_xe_xml_dom_parse(document, length, &head, nullptr,
+                                flags & ~static_cast<uint32_t>(CBLXML_OPT_TREE));
+}
