@@ -21,6 +21,14 @@ const ConverterRow kConverterRows[] = {
     {DM_CLASS_ALPHANUMERIC, kAnyUsage, &kAlphanumericConverter},
     {DM_CLASS_NATIONAL, kAnyUsage, &kNationalConverter},
     {DM_CLASS_DBCS, kAnyUsage, &kNationalConverter},
+    {DM_CLASS_NUMERIC, DM_USAGE_DISPLAY, &kNumericDisplayConverter},
+    {DM_CLASS_NUMERIC, DM_USAGE_BINARY, &kBinaryConverter},
+    {DM_CLASS_NUMERIC, DM_USAGE_COMP5, &kNativeBinaryConverter},
+    {DM_CLASS_NUMERIC, DM_USAGE_COMPX, &kUnsignedBinaryConverter},
+    {DM_CLASS_NUMERIC, DM_USAGE_PACKED, &kPackedConverter},
+    {DM_CLASS_NUMERIC, DM_USAGE_COMP6, &kUnsignedPackedConverter},
+    {DM_CLASS_NUMERIC, DM_USAGE_COMP1, &kFloatConverter},
+    {DM_CLASS_NUMERIC, DM_USAGE_COMP2, &kDoubleConverter},
 };
 
 } // namespace
