@@ -125,9 +125,13 @@ private:
     void startElementEvents(const XMLCh *qname, const xercesc::Attributes &attrs);
     void startElementTree(const XMLCh *uri, const XMLCh *localname,
                           const xercesc::Attributes &attrs);
-    void charactersEvents(const XMLCh *chars);
-    void charactersTree(const XMLCh *chars);
+    void charactersEvents(const XMLCh *chars, size_t units);
+    void charactersTree(const XMLCh *chars, size_t units);
     void appendToCurrent(xd_dom_node_t *node);
+    // The locator's offset (no adjustment for a construct's end) within the text.
+    int64_t clampedPosition();
+    // Gives the record the document text [from, to] in the program's form.
+    void appendSourceText(xd_parse_info *record, int64_t from, int64_t to);
 
 public:
     // Fields in the order the handler object describes them.
@@ -153,6 +157,13 @@ public:
     const ParserError *parserError = nullptr;
     LineIndex lines;  // built on first use, once per parse
     std::vector<char> scratch;  // conversion area reused by cobolText
+    // Tree mode: the text node whose value is being extended, its length and
+    // the room allocated behind its value.
+    xd_dom_node_t *mergeText = nullptr;
+    size_t mergeLen = 0;
+    size_t mergeCap = 0;
+    int64_t dtdPosition = -1;  // event mode: where the open declaration stood
+    bool inDtd = false;        // between startDTD and endDTD
 };
 
 } // namespace cblxml

@@ -4,6 +4,7 @@
 #ifndef CBLXML_XMLDOMHANDLERS_LINE_INDEX_H
 #define CBLXML_XMLDOMHANDLERS_LINE_INDEX_H
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 

@@ -6,6 +6,7 @@
 #include <new>
 
 #include <xercesc/util/XMLException.hpp>
+#include <xercesc/util/XMLString.hpp>
 
 #include "XmlDomHandlers/XmlDomHandlers.h"
 #include "platform/platform.h"
@@ -22,7 +23,14 @@ XMLCh *XmlDomHandlers::toUtf16(const unsigned char *source, uint32_t &length, bo
     std::memset(out, 0x20, room * sizeof(XMLCh));
     out[length] = 0;
 
-    if (transcoder != nullptr) {
+    // The parser's UTF-8 transcoder throws at the first malformed byte and
+    // converts nothing of its chunk; the platform's conversion gives the same
+    // units for well-formed text and keeps going past a bad byte (which the
+    // parser reports itself). A document that declares a single-byte
+    // encoding is first read this way, before its declaration is known.
+    const bool utf8 = transcoder != nullptr &&
+                      xercesc::XMLString::equals(transcoder->getEncodingName(), u"UTF-8");
+    if (transcoder != nullptr && !utf8) {
         // Every supported encoding takes at least one byte per UTF-16 unit, so
         // `room` units always hold the whole document.
         std::unique_ptr<unsigned char[]> sizes(new unsigned char[room]);

@@ -35,20 +35,24 @@ char *delivered_copy(const void *source, size_t size)
     return buffer;
 }
 
-// Starts the parse; returns the first record (never null: a parse that left
-// nothing behind is reported as an exception).
+// Starts the parse; returns the first record. A parse that left nothing
+// behind (a validating parse without content events reports only errors)
+// still ends the program's parse: with END-OF-DOCUMENT when it succeeded,
+// else with an exception.
 xd_parse_info *start_parse(const void *document, uint32_t length, uint32_t flags)
 {
     auto *sentinel = static_cast<xd_parse_info *>(std::calloc(1, sizeof(xd_parse_info)));
     if (sentinel == nullptr)
         return nullptr;
-    kvt_xe_xmlparse(sentinel, document, length, flags);
+    const int32_t result = kvt_xe_xmlparse(sentinel, document, length, flags);
     xd_parse_info *first = sentinel->next;
     std::free(sentinel);
     if (first == nullptr) {
-        first = new_event("EXCEPTION");
-        first->code = 201;
-        first->text = copy_text(nullptr, 0, 2);
+        first = new_event(result == 0 ? "END-OF-DOCUMENT" : "EXCEPTION");
+        if (result != 0) {
+            first->code = 201;
+            first->text = copy_text(nullptr, 0, 2);
+        }
     }
     first->prev = nullptr;
     return first;
@@ -91,7 +95,7 @@ void deliver(xd_parse_info **state, void **textHolder, uint32_t *textLength, voi
     if (first && event_is(record, "START-OF-DOCUMENT")) {
         size = documentLength != nullptr ? *documentLength : 0;
         text = delivered_copy(document, document != nullptr ? size : 0);
-    } else if (!first && event_is(record, "END-OF-DOCUMENT") && record->code != -1) {
+    } else if (event_is(record, "END-OF-DOCUMENT") && record->code != -1) {
         size = 0;
     } else {
         size = event_text_length(record, flags);

@@ -1,0 +1,151 @@
+// Document type declaration, processing instruction, comment and CDATA
+// call-backs.
+#include <cstdlib>
+#include <string>
+
+#include <xercesc/framework/XMLErrorCodes.hpp>
+
+#include "XmlDomHandlers/XmlDomHandlers.h"
+#include "XmlDomHandlers/event_record.h"
+#include "xmldom/dom_append.h"
+
+namespace cblxml {
+namespace {
+
+size_t unit_length(const XMLCh *text)
+{
+    return text != nullptr ? std::char_traits<XMLCh>::length(text) : 0;
+}
+
+bool has_text(const XMLCh *text)
+{
+    return text != nullptr && text[0] != 0;
+}
+
+} // namespace
+
+int64_t XmlDomHandlers::clampedPosition()
+{
+    if (locator == nullptr || docTextLen == 0)
+        return 0;
+    int64_t pos = locatorOffset(locator->getLineNumber(), locator->getColumnNumber());
+    const auto last = static_cast<int64_t>(docTextLen) - 1;
+    return pos > last ? last : pos < 0 ? 0 : pos;
+}
+
+void XmlDomHandlers::appendSourceText(xd_parse_info *record, int64_t from, int64_t to)
+{
+    // from and to are inclusive offsets into the document text.
+    record->text = cobolText(docText + from, static_cast<size_t>(to - from + 1), national ? 1 : 0);
+}
+
+void XmlDomHandlers::startDTD(const XMLCh *const, const XMLCh *const publicId,
+                              const XMLCh *const systemId)
+{
+    if (treeMode != 0)
+        return;
+    const int64_t pos = clampedPosition();
+    for (const xd_parse_info *r = eventTail; r != nullptr && r->prev != nullptr; r = r->prev) {
+        if (event_is(r, "DOCUMENT-TYPE-DECLARATION")) {
+            // At most one declaration per document: report and stop quietly.
+            xd_parse_info *record = new_event("EXCEPTION");
+            record->code = 123;
+            appendEvent(record);
+            appendSourceText(record, 0, pos);
+            throw xercesc::XMLErrs::F_HighBounds;
+        }
+    }
+    xd_parse_info *record = new_event("DOCUMENT-TYPE-DECLARATION");
+    appendEvent(record);
+    dtdPosition = pos;
+    inDtd = true;
+    if (!has_text(publicId) && !has_text(systemId)) {
+        // The text is completed by endDTD, which needs to know whether the
+        // declaration goes on with an internal subset. The record is given an
+        // owned copy of the character at the position (never a pointer into
+        // the document text, which the list must not free).
+        record->text = copy_text(docText + pos, sizeof(XMLCh), 2);
+        return;
+    }
+    int64_t open = pos;
+    while (open > 0 && docText[open] != u'<')
+        --open;
+    appendSourceText(record, open, pos);
+}
+
+void XmlDomHandlers::endDTD()
+{
+    inDtd = false;
+    if (treeMode != 0 || eventTail == nullptr || eventTail->text == nullptr ||
+        eventTail->text[0] != '[' || dtdPosition < 0)
+        return;
+    const int64_t pos = clampedPosition();
+    int64_t open = dtdPosition;
+    while (open > 0 && docText[open] != u'<')
+        --open;
+    std::free(eventTail->text);
+    eventTail->text = nullptr;
+    appendSourceText(eventTail, open, pos < open ? open : pos);
+}
+
+void XmlDomHandlers::processingInstruction(const XMLCh *const target, const XMLCh *const data)
+{
+    if (treeMode == 0) {
+        xd_parse_info *record = new_event("PROCESSING-INSTRUCTION-TARGET");
+        appendEvent(record);
+        record->text = cobolText(target, unit_length(target), national ? 1 : 0);
+        record = new_event("PROCESSING-INSTRUCTION-DATA");
+        appendEvent(record);
+        record->text = cobolText(data, unit_length(data), national ? 1 : 0);
+        return;
+    }
+    if (treeMode != 1)
+        return;
+    char *targetText = cobolText(target, unit_length(target), 0);
+    char *dataText = nullptr;
+    try {
+        dataText = cobolText(data, unit_length(data), 0);
+    } catch (...) {
+        std::free(targetText);
+        throw;
+    }
+    xd_dom_node_t *node = nullptr;
+    if (kvt_xe_xml_dom_pi_node(treeDocument, &node, targetText, dataText) != 0) {
+        std::free(targetText);
+        std::free(dataText);
+        return;
+    }
+    appendToCurrent(node);
+}
+
+void XmlDomHandlers::comment(const XMLCh *const chars, const XMLSize_t length)
+{
+    // A comment inside the document type declaration is not reported. The
+    // declaration's own record is the tail both inside it and just after
+    // it, so the call-backs' own state tells the two apart.
+    if (treeMode != 0 || inDtd)
+        return;
+    xd_parse_info *record = new_event("COMMENT");
+    appendEvent(record);
+    record->text = cobolText(chars, length, national ? 1 : 0);
+}
+
+void XmlDomHandlers::startCDATA()
+{
+    if (treeMode != 0)
+        return;
+    xd_parse_info *record = new_event("START-OF-CDATA-SECTION");
+    appendEvent(record);
+    record->text = cobolText(u"<![CDATA[", 9, national ? 1 : 0);
+}
+
+void XmlDomHandlers::endCDATA()
+{
+    if (treeMode != 0)
+        return;
+    xd_parse_info *record = new_event("END-OF-CDATA-SECTION");
+    appendEvent(record);
+    record->text = cobolText(u"]]>", 3, national ? 1 : 0);
+}
+
+} // namespace cblxml

@@ -1,0 +1,236 @@
+// Event delivery through the XML PARSE entries: buffers, lengths, codes, the
+// clean-up call, and the wrapper for callers that own the text area.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "XmlDomHandlers/event_record.h"
+#include "parse_events.h"
+
+using cblxml_test::Event;
+using cblxml_test::parse_events;
+
+namespace {
+
+// One program's parse state, driven call by call.
+struct Parse {
+    std::string document;
+    uint32_t options = 0;
+    xd_parse_info *state = nullptr;
+    void *docAddress = nullptr;
+    void *text = nullptr;
+    uint32_t docLength = 0;
+    uint32_t textLength = 0xDEADBEEF;
+    unsigned char code[4] = {0xAA, 0xAA, 0xAA, 0xAA};
+    char name[CBLXML_EVENT_NAME_LEN];
+
+    explicit Parse(std::string doc, uint32_t opts = 0) : document(std::move(doc)), options(opts)
+    {
+        docAddress = document.data();
+        docLength = static_cast<uint32_t>(document.size());
+    }
+    ~Parse()
+    {
+        CBL_XMLPARSE_INTERFACE(&state, nullptr, &text, nullptr, nullptr, nullptr, nullptr, nullptr);
+        std::free(text);
+    }
+    std::string next()
+    {
+        CBL_XMLPARSE_INTERFACE(&state, &docAddress, &text, &docLength, &textLength, code, name,
+                               &options);
+        std::string n(name, sizeof name);
+        return n.erase(n.find_last_not_of(' ') + 1);
+    }
+};
+
+TEST(DeliveryTest, StartOfDocumentCarriesTheWholeDocument)
+{
+    for (uint32_t options : {0u, uint32_t{CBLXML_OPT_NATIONAL}}) {
+        std::string doc = "<a>text</a>";
+        if (options)
+            doc = cblxml_test::national(doc);
+        Parse p(doc, options);
+        EXPECT_EQ(p.next(), "START-OF-DOCUMENT");
+        ASSERT_EQ(p.textLength, doc.size());
+        EXPECT_EQ(std::string(static_cast<char *>(p.text), p.textLength), doc);
+        EXPECT_NE(p.text, p.docAddress) << "a copy, owned by the caller";
+        EXPECT_EQ(cblxml_test::big_endian_code(p.code), 0);
+    }
+}
+
+TEST(DeliveryTest, EndOfDocumentHasNoTextAndClearsTheHead)
+{
+    Parse p("<a/>");
+    std::vector<std::string> names;
+    do {
+        names.push_back(p.next());
+    } while (p.state != nullptr);
+    EXPECT_EQ(names.back(), "END-OF-DOCUMENT");
+    EXPECT_EQ(p.textLength, 0u);
+    EXPECT_EQ(p.text, nullptr);
+    EXPECT_EQ(std::memcmp(p.code, "\0\0\0\0", 4), 0);
+    EXPECT_EQ(std::string(p.name, sizeof p.name),
+              "END-OF-DOCUMENT" + std::string(CBLXML_EVENT_NAME_LEN - 15, ' '));
+}
+
+TEST(DeliveryTest, CleanUpCallFreesTheRestAndLeavesTheLastBuffer)
+{
+    Parse p("<a><b>x</b><c/></a>");
+    p.next();
+    p.next();
+    ASSERT_NE(p.state, nullptr);
+    void *last = p.text;
+    CBL_XMLPARSE_INTERFACE(&p.state, nullptr, &p.text, nullptr, nullptr, nullptr, nullptr, nullptr);
+    EXPECT_EQ(p.state, nullptr);
+    EXPECT_EQ(p.text, last) << "the caller still owns its last buffer";
+    EXPECT_EQ(std::string(static_cast<char *>(p.text), 1), "a");  // START-OF-ELEMENT a
+}
+
+TEST(DeliveryTest, CodeItemIsBigEndian)
+{
+    struct { uint32_t value; unsigned char bytes[4]; } cases[] = {
+        {5, {0, 0, 0, 5}},
+        {0xFFFFFFFFu, {0xFF, 0xFF, 0xFF, 0xFF}},
+        {0x01020304u, {1, 2, 3, 4}},
+        {300, {0, 0, 1, 0x2C}},
+    };
+    for (const auto &c : cases) {
+        unsigned char out[4] = {};
+        kvt_put4ws(out, c.value);
+        EXPECT_EQ(std::memcmp(out, c.bytes, 4), 0) << c.value;
+    }
+}
+
+TEST(DeliveryTest, NationalCharacterInAnAlphanumericParseIsUtf16)
+{
+    auto events = parse_events("<a>&#x263A;</a>");
+    ASSERT_EQ(events[2].name, "CONTENT-NATIONAL-CHARACTER");
+    EXPECT_EQ(events[2].text, std::string("\x3A\x26", 2)) << "two bytes per UTF-16 unit";
+}
+
+// A list built by hand, as the delivery sees it: records with no text, an
+// empty text, a name that merely begins with a compared name, and the
+// terminal record with code -1.
+TEST(DeliveryTest, HandBuiltRecordsAreDeliveredSafely)
+{
+    auto record = [](const char *name, const char *text, int32_t code) {
+        xd_parse_info *r = cblxml::new_event(name);
+        r->code = code;
+        if (text != nullptr)
+            r->text = cblxml::copy_text(text, std::strlen(text), 2);
+        return r;
+    };
+    xd_parse_info *list[] = {
+        record("CONTENT-CHARACTERS", "", 0),
+        record("ATTRIBUTE-CHARACTER", nullptr, 0),
+        record("END-OF-DOCUMENTX", nullptr, 0),
+        record("EXCEPTION", "abc", -1),
+    };
+    for (size_t i = 0; i + 1 < 4; ++i) {
+        list[i]->next = list[i + 1];
+        list[i + 1]->prev = list[i];
+    }
+    xd_parse_info *state = list[0];
+    void *text = nullptr;
+    uint32_t length = 99;
+    unsigned char code[4];
+    char name[CBLXML_EVENT_NAME_LEN];
+    uint32_t options = 0;
+    void *doc = nullptr;
+
+    CBL_XMLPARSE_INTERFACE(&state, &doc, &text, &length, &length, code, name, &options);
+    EXPECT_EQ(length, 0u);
+    ASSERT_NE(text, nullptr) << "an empty text still gets a one-byte buffer";
+    EXPECT_EQ(static_cast<char *>(text)[0], 0);
+
+    CBL_XMLPARSE_INTERFACE(&state, &doc, &text, &length, &length, code, name, &options);
+    EXPECT_EQ(length, 0u) << "a record without text delivers an empty one";
+
+    CBL_XMLPARSE_INTERFACE(&state, &doc, &text, &length, &length, code, name, &options);
+    EXPECT_EQ(text, nullptr) << "names are compared by prefix";
+    EXPECT_EQ(length, 0u);
+
+    CBL_XMLPARSE_INTERFACE(&state, &doc, &text, &length, &length, code, name, &options);
+    EXPECT_EQ(cblxml_test::big_endian_code(code), -1);
+    EXPECT_EQ(length, 3u);
+    EXPECT_EQ(state, nullptr) << "the caller never keeps a freed record";
+    std::free(text);
+}
+
+TEST(DeliveryTest, WrapperCopiesIntoTheCallersArea)
+{
+    const std::string area = "xxxx<r a='1'>t</r>";
+    std::vector<char> text(64, '#');
+    char events[40];
+    std::memset(events, '.', sizeof events);
+    xd_parse_info *state = nullptr;
+    uint32_t length = 0;
+    unsigned char code[4];
+    std::vector<std::string> seen;
+    do {
+        std::fill(text.begin(), text.end(), '#');
+        CBL_XMLPARSE_INTERFACE_WRAP(&state, const_cast<char *>(area.data()), 4,
+                                    static_cast<uint32_t>(area.size() - 4), text.data(), &length,
+                                    code, events, 5, 0);
+        seen.push_back(std::string(events + 5, CBLXML_EVENT_NAME_LEN));
+        if (seen.size() == 1) {
+            ASSERT_EQ(length, area.size() - 4);
+            EXPECT_EQ(std::string(text.data(), length), area.substr(4));
+            EXPECT_EQ(text[length], '#') << "exactly the document's length is copied";
+        }
+    } while (state != nullptr);
+    EXPECT_EQ(seen.back().substr(0, 15), "END-OF-DOCUMENT");
+    EXPECT_EQ(length, 0u);
+    EXPECT_EQ(text[0], '#') << "END-OF-DOCUMENT leaves the area untouched";
+    EXPECT_EQ(std::string(events, 5), ".....");
+}
+
+TEST(DeliveryTest, ExceptionEntriesSequenceTheHooks)
+{
+    static std::vector<std::string> calls;
+    calls.clear();
+    cblxml_services services{};
+    services.size = sizeof services;
+    services.exception_begin = [](void *service, intptr_t a, intptr_t b) -> void * {
+        calls.push_back(service != nullptr && a == 0 && b == 0 ? "begin" : "bad begin");
+        return &calls;
+    };
+    services.exception_resume = [](void *handle) {
+        calls.push_back(handle == &calls ? "resume" : "bad resume");
+    };
+    ASSERT_EQ(cblxml_register_services(&services), 0);
+    CBL_XMLPARSE_EXCEPTION(0);
+    CBL_XMLPARSE_EXCEPTION(1);
+    cblxml_register_services(nullptr);
+    CBL_XMLIO();
+    EXPECT_EQ(calls, (std::vector<std::string>{"begin", "begin", "resume"}));
+}
+
+TEST(DeliveryTest, ThreadsParsingAtOnceGetTheirOwnEvents)
+{
+    std::vector<std::string> docs;
+    for (int t = 0; t < 4; ++t)
+        docs.push_back("<t" + std::to_string(t) + " n='" + std::to_string(t) + "'>" +
+                       std::string(static_cast<size_t>(100 + t), 'x') + "</t" + std::to_string(t) + ">");
+    std::vector<std::vector<Event>> expected;
+    for (const auto &d : docs)
+        expected.push_back(parse_events(d));
+    std::vector<int> mismatches(docs.size(), 0);
+    std::vector<std::thread> threads;
+    for (size_t t = 0; t < docs.size(); ++t) {
+        threads.emplace_back([&, t] {
+            for (int i = 0; i < 50; ++i)
+                mismatches[t] += parse_events(docs[t]) != expected[t];
+        });
+    }
+    for (auto &th : threads)
+        th.join();
+    for (size_t t = 0; t < docs.size(); ++t)
+        EXPECT_EQ(mismatches[t], 0) << "thread " << t;
+}
+
+} // namespace

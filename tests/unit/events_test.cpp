@@ -1,0 +1,166 @@
+// Every event kind of well-formed documents, in the three forms a program
+// hands a document over: alphanumeric, national and EBCDIC.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "parse_events.h"
+
+using cblxml_test::Event;
+using cblxml_test::parse_events;
+
+namespace {
+
+struct Expected {
+    const char *name;
+    std::string text;  // UTF-8; converted to the program's form per run
+};
+
+struct EventCase {
+    const char *label;
+    std::string document;  // UTF-8
+    std::vector<Expected> events;  // after START-OF-DOCUMENT, before END-OF-DOCUMENT
+};
+
+enum class Form { Alphanumeric, National, Ebcdic };
+
+std::string in_form(const std::string &utf8, Form form)
+{
+    switch (form) {
+    case Form::National: return cblxml_test::national(utf8);
+    case Form::Ebcdic: return cblxml_test::ebcdic(utf8);
+    default: return utf8;
+    }
+}
+
+uint32_t options_for(Form form)
+{
+    if (form == Form::National)
+        return CBLXML_OPT_NATIONAL;
+    return form == Form::Ebcdic ? uint32_t{CBLXML_OPT_EBCDIC_DATA} : 0u;
+}
+
+std::vector<Event> expected_events(const EventCase &c, Form form)
+{
+    std::vector<Event> out;
+    const std::string doc = in_form(c.document, form);
+    out.push_back({"START-OF-DOCUMENT", 0, doc, false});
+    for (const Expected &e : c.events) {
+        const std::string name = e.name;
+        const bool wide = name == "CONTENT-NATIONAL-CHARACTER" ||
+                          name == "ATTRIBUTE-NATIONAL-CHARACTER";
+        out.push_back({name, 0, wide ? cblxml_test::national(e.text) : in_form(e.text, form), false});
+    }
+    out.push_back({"END-OF-DOCUMENT", 0, "", true});
+    return out;
+}
+
+const std::vector<EventCase> &cases()
+{
+    static const std::vector<EventCase> all = {
+        {"references in attributes and content",
+         R"(<a x="1&lt;2" y="&#65;">t&amp;u</a>)",
+         {{"START-OF-ELEMENT", "a"}, {"ATTRIBUTE-NAME", "x"}, {"ATTRIBUTE-CHARACTERS", "1"},
+          {"ATTRIBUTE-CHARACTER", "<"}, {"ATTRIBUTE-CHARACTERS", "2"}, {"ATTRIBUTE-NAME", "y"},
+          {"ATTRIBUTE-NATIONAL-CHARACTER", "A"}, {"CONTENT-CHARACTERS", "t"},
+          {"CONTENT-CHARACTER", "&"}, {"CONTENT-CHARACTERS", "u"}, {"END-OF-ELEMENT", "a"}}},
+        {"declaration with standalone and no encoding",
+         R"(<?xml version="1.0" standalone="yes"?><r/>)",
+         {{"VERSION-INFORMATION", "1.0"}, {"STANDALONE-DECLARATION", "yes"},
+          {"START-OF-ELEMENT", "r"}, {"END-OF-ELEMENT", "r"}}},
+        {"single quotes in the declaration",
+         "<?xml version='1.0' standalone='no'?><r/>",
+         {{"VERSION-INFORMATION", "1.0"}, {"STANDALONE-DECLARATION", "no"},
+          {"START-OF-ELEMENT", "r"}, {"END-OF-ELEMENT", "r"}}},
+        {"every predefined entity and empty attribute",
+         R"(<e v="" w="&gt;&quot;&apos;">&lt;&gt;&quot;&apos;&amp;</e>)",
+         {{"START-OF-ELEMENT", "e"}, {"ATTRIBUTE-NAME", "v"}, {"ATTRIBUTE-CHARACTERS", ""},
+          {"ATTRIBUTE-NAME", "w"}, {"ATTRIBUTE-CHARACTER", ">"}, {"ATTRIBUTE-CHARACTER", "\""},
+          {"ATTRIBUTE-CHARACTER", "'"}, {"CONTENT-CHARACTER", "<"}, {"CONTENT-CHARACTER", ">"},
+          {"CONTENT-CHARACTER", "\""}, {"CONTENT-CHARACTER", "'"}, {"CONTENT-CHARACTER", "&"},
+          {"END-OF-ELEMENT", "e"}}},
+        {"document type declaration, comments, CDATA and PIs",
+         "<!DOCTYPE r [\n<!ENTITY e \"hello\">\n<!-- inside -->\n]>\n<!-- after -->\n"
+         "<r>&e;<![CDATA[a&lt;b]]><![CDATA[]]><?p?><?q d?></r>",
+         {{"DOCUMENT-TYPE-DECLARATION",
+           "<!DOCTYPE r [\n<!ENTITY e \"hello\">\n<!-- inside -->\n]>"},
+          {"COMMENT", " after "}, {"START-OF-ELEMENT", "r"}, {"CONTENT-CHARACTERS", "hello"},
+          {"START-OF-CDATA-SECTION", "<![CDATA["}, {"CONTENT-CHARACTERS", "a&lt;b"},
+          {"END-OF-CDATA-SECTION", "]]>"}, {"START-OF-CDATA-SECTION", "<![CDATA["},
+          {"END-OF-CDATA-SECTION", "]]>"}, {"PROCESSING-INSTRUCTION-TARGET", "p"},
+          {"PROCESSING-INSTRUCTION-DATA", ""}, {"PROCESSING-INSTRUCTION-TARGET", "q"},
+          {"PROCESSING-INSTRUCTION-DATA", "d"}, {"END-OF-ELEMENT", "r"}}},
+        {"character references above U+FFFF",
+         R"(<s a="&#x10000;">&#x1F600;</s>)",
+         {{"START-OF-ELEMENT", "s"}, {"ATTRIBUTE-NAME", "a"},
+          {"ATTRIBUTE-NATIONAL-CHARACTER", "\xF0\x90\x80\x80"},
+          {"CONTENT-NATIONAL-CHARACTER", "\xF0\x9F\x98\x80"}, {"END-OF-ELEMENT", "s"}}},
+        {"declared entity in an attribute ends that element's attributes",
+         "<!DOCTYPE r [<!ENTITY e \"EE\">]><r a=\"x&e;y\" b=\"z\"/>",
+         {{"DOCUMENT-TYPE-DECLARATION", "<!DOCTYPE r [<!ENTITY e \"EE\">]>"},
+          {"START-OF-ELEMENT", "r"}, {"ATTRIBUTE-NAME", "a"}, {"ATTRIBUTE-CHARACTERS", "x"},
+          {"ATTRIBUTE-CHARACTERS", "EEy"}, {"END-OF-ELEMENT", "r"}}},
+        {"many lines with CR LF and nested elements",
+         "<a>\r\n <b k=\"&amp;\">x&#x41;</b>\r\n <c>1</c>\r\n</a>",
+         {{"START-OF-ELEMENT", "a"}, {"CONTENT-CHARACTERS", "\n "}, {"START-OF-ELEMENT", "b"},
+          {"ATTRIBUTE-NAME", "k"}, {"ATTRIBUTE-CHARACTER", "&"}, {"CONTENT-CHARACTERS", "x"},
+          {"CONTENT-NATIONAL-CHARACTER", "A"}, {"END-OF-ELEMENT", "b"},
+          {"CONTENT-CHARACTERS", "\n "}, {"START-OF-ELEMENT", "c"}, {"CONTENT-CHARACTERS", "1"},
+          {"END-OF-ELEMENT", "c"}, {"CONTENT-CHARACTERS", "\n"}, {"END-OF-ELEMENT", "a"}}},
+        {"attribute names that also stand in the element name and in values",
+         R"(<bab b="a=1" a="2"/>)",
+         {{"START-OF-ELEMENT", "bab"}, {"ATTRIBUTE-NAME", "b"}, {"ATTRIBUTE-CHARACTERS", "a=1"},
+          {"ATTRIBUTE-NAME", "a"}, {"ATTRIBUTE-CHARACTERS", "2"}, {"END-OF-ELEMENT", "bab"}}},
+        {"non-ASCII text",
+         "<p>caf\xC3\xA9 \xE2\x82\xAC</p>",
+         {{"START-OF-ELEMENT", "p"}, {"CONTENT-CHARACTERS", "caf\xC3\xA9 \xE2\x82\xAC"},
+          {"END-OF-ELEMENT", "p"}}},
+    };
+    return all;
+}
+
+class EventsTest : public ::testing::TestWithParam<Form> {};
+
+TEST_P(EventsTest, DocumentsGiveTheirEventsInOrder)
+{
+    const Form form = GetParam();
+    for (const EventCase &c : cases()) {
+        SCOPED_TRACE(c.label);
+        EXPECT_EQ(parse_events(in_form(c.document, form), options_for(form)),
+                  expected_events(c, form));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(AllForms, EventsTest,
+                         ::testing::Values(Form::Alphanumeric, Form::National, Form::Ebcdic));
+
+TEST(EventsTest, StandaloneBeforeEncodingStopsTheDeclarationEvents)
+{
+    auto events = parse_events(R"(<?xml version="1.0" standalone="yes" encoding="UTF-8"?><r/>)");
+    ASSERT_GE(events.size(), 3u);
+    EXPECT_EQ(events[1].name, "VERSION-INFORMATION");
+    EXPECT_EQ(events[2].name, "STANDALONE-DECLARATION");
+    for (const Event &e : events)
+        EXPECT_NE(e.name, "ENCODING-DECLARATION");
+}
+
+TEST(EventsTest, EncodingDeclarationIsReported)
+{
+    auto events = parse_events(R"(<?xml version="1.0" encoding="ISO-8859-1"?><r>)"
+                               "\xE9</r>");
+    ASSERT_GE(events.size(), 5u);
+    EXPECT_EQ(events[2], (Event{"ENCODING-DECLARATION", 0, "ISO-8859-1", false}));
+    // Text comes back in the document's own encoding.
+    EXPECT_EQ(events[4], (Event{"CONTENT-CHARACTERS", 0, "\xE9", false}));
+}
+
+TEST(EventsTest, ValidateOnlyGivesNoContentEvents)
+{
+    auto events = parse_events("<!DOCTYPE r [<!ELEMENT r EMPTY>]><r/>", CBLXML_OPT_VALIDATE_ONLY);
+    // No content events at all: the program still sees the parse end.
+    ASSERT_EQ(events.size(), 1u);
+    EXPECT_EQ(events[0].name, "END-OF-DOCUMENT");
+}
+
+} // namespace
