@@ -17,7 +17,7 @@ struct ConverterRow {
 
 const ConverterRow kConverterRows[] = {
     {DM_CLASS_ALPHABETIC, kAnyUsage, &kAlphanumericConverter},
-    {DM_CLASS_ALNUM_EDITED, kAnyUsage, &kAlphanumericConverter},
+    {DM_CLASS_ALNUM_EDITED, kAnyUsage, &kAlphanumericEditedConverter},
     {DM_CLASS_ALPHANUMERIC, kAnyUsage, &kAlphanumericConverter},
     {DM_CLASS_NATIONAL, kAnyUsage, &kNationalConverter},
     {DM_CLASS_DBCS, kAnyUsage, &kNationalConverter},
@@ -29,6 +29,8 @@ const ConverterRow kConverterRows[] = {
     {DM_CLASS_NUMERIC, DM_USAGE_COMP6, &kUnsignedPackedConverter},
     {DM_CLASS_NUMERIC, DM_USAGE_COMP1, &kFloatConverter},
     {DM_CLASS_NUMERIC, DM_USAGE_COMP2, &kDoubleConverter},
+    {DM_CLASS_NUMERIC_EDITED, DM_USAGE_DISPLAY, &kNumericEditedConverter},
+    {DM_CLASS_NUMERIC_EDITED, DM_USAGE_NATIONAL, &kNumericEditedConverter},
 };
 
 } // namespace
