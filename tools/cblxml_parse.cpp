@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -173,7 +174,7 @@ int main(int argc, char **argv)
             std::fputs(kUsage, stdout);
             return 0;
         } else if (!arg.empty() && arg[0] == '-') {
-            return fail("unknown option " + arg + "\n" + kUsage);
+            return fail("unknown option " + arg + " (try --help)");
         } else if (path == nullptr) {
             path = argv[i];
         } else {
@@ -181,7 +182,10 @@ int main(int argc, char **argv)
         }
     }
     if (path == nullptr)
-        return fail(std::string("no document given\n") + kUsage);
+        return fail("no document given (try --help)");
+    std::error_code ec;
+    if (std::filesystem::is_directory(path, ec))
+        return fail(std::string(path) + " is a directory");
     std::ifstream in(path, std::ios::binary);
     if (!in)
         return fail(std::string("cannot open ") + path);
