@@ -130,6 +130,11 @@ private:
     void appendToCurrent(xd_dom_node_t *node);
     // The locator's offset (no adjustment for a construct's end) within the text.
     int64_t clampedPosition();
+    // A declaration "<!DOCTYPE name>" that the parser does not report: found
+    // at the start of the document, emitted before the first construct that
+    // follows it.
+    void findBareDoctype();
+    void emitBareDoctypeBefore(int64_t position);
     // Gives the record the document text [from, to] in the program's form.
     void appendSourceText(xd_parse_info *record, int64_t from, int64_t to);
 
@@ -164,6 +169,8 @@ public:
     size_t mergeCap = 0;
     int64_t dtdPosition = -1;  // event mode: where the open declaration stood
     bool inDtd = false;        // between startDTD and endDTD
+    int64_t bareDoctypeStart = -1;  // an unreported "<!DOCTYPE name>", until emitted
+    int64_t bareDoctypeEnd = -1;
 };
 
 } // namespace cblxml

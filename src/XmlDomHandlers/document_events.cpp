@@ -48,6 +48,7 @@ void XmlDomHandlers::startDocument()
     }
     appendEvent(new_event("START-OF-DOCUMENT"));
     appendDocumentDeclaration();
+    findBareDoctype();
 }
 
 void XmlDomHandlers::appendDocumentDeclaration()

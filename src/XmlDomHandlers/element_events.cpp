@@ -56,6 +56,8 @@ void XmlDomHandlers::startElement(const XMLCh *const uri, const XMLCh *const loc
 void XmlDomHandlers::startElementEvents(const XMLCh *qname, const xercesc::Attributes &attrs)
 {
     const int32_t nat = national ? 1 : 0;
+    if (bareDoctypeStart >= 0)
+        emitBareDoctypeBefore(static_cast<int64_t>(docTextLen));
     xd_parse_info *start = new_event("START-OF-ELEMENT");
     appendEvent(start);
     start->text = cobolText(qname, unit_length(qname), nat);

@@ -10,6 +10,7 @@
 #include "XmlDomHandlers/decl_scan.h"
 #include "XmlDomHandlers/encoding_names.h"
 #include "XmlDomHandlers/event_record.h"
+#include "platform/platform.h"
 
 namespace cblxml {
 namespace {
@@ -128,7 +129,7 @@ void XmlDomHandlers::constructEventMode(const unsigned char *doc, uint32_t lengt
         setIdescLen(static_cast<int32_t>(length));
         // Room for the longest UTF-8 form: 3 bytes per byte of a single-byte
         // code page, 3 per 2 bytes of UTF-16, plus the terminator.
-        uint32_t converted = length * 3u + 4u;
+        uint32_t converted = platform::utf8_room(length);
         std::string utf8(converted, '\0');
         if (DMGetCblData(mapHandle, &idesc, doc, DM_FORM_UTF8, utf8.data(), &converted) != 0)
             converted = 0;

@@ -91,6 +91,8 @@ void XmlDomHandlers::endDTD()
 void XmlDomHandlers::processingInstruction(const XMLCh *const target, const XMLCh *const data)
 {
     if (treeMode == 0) {
+        if (bareDoctypeStart >= 0)
+            emitBareDoctypeBefore(clampedPosition());
         xd_parse_info *record = new_event("PROCESSING-INSTRUCTION-TARGET");
         appendEvent(record);
         record->text = cobolText(target, unit_length(target), national ? 1 : 0);
@@ -125,6 +127,8 @@ void XmlDomHandlers::comment(const XMLCh *const chars, const XMLSize_t length)
     // it, so the call-backs' own state tells the two apart.
     if (treeMode != 0 || inDtd)
         return;
+    if (bareDoctypeStart >= 0)
+        emitBareDoctypeBefore(clampedPosition());
     xd_parse_info *record = new_event("COMMENT");
     appendEvent(record);
     record->text = cobolText(chars, length, national ? 1 : 0);

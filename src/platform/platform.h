@@ -44,6 +44,15 @@ std::string utf16_to_utf8(const char16_t *text, size_t units);
 uint32_t dm_stored_size(void *handle, const dm_item_desc *desc, const char *utf8,
                         uint32_t length);
 
+// Room for the UTF-8 form of a document item of `length` bytes and its
+// terminator: 3 bytes per byte of a single-byte code page (and per 2 bytes of
+// UTF-16), capped where a 32-bit length ends.
+inline uint32_t utf8_room(uint32_t length)
+{
+    const uint64_t room = uint64_t{length} * 3u + 4u;
+    return room > 0xFFFFFFFFu ? 0xFFFFFFFFu : static_cast<uint32_t>(room);
+}
+
 } // namespace cblxml::platform
 
 #endif

@@ -12,6 +12,7 @@
 
 #include "XmlDomHandlers/XmlDomHandlers.h"
 #include "xexml/error_reader.h"
+#include "platform/platform.h"
 #include "xexml/parser_init.h"
 
 using xercesc::XMLUni;
@@ -74,7 +75,7 @@ std::string parse_buffer(XmlDomHandlers &handler, const void *document, uint32_t
     if (handler.getMPH() == nullptr)
         return std::string(static_cast<const char *>(document), length);
     handler.setIdescLen(static_cast<int32_t>(length));
-    uint32_t size = length * 3u + 4u;  // the longest UTF-8 form and its terminator
+    uint32_t size = platform::utf8_room(length);  // the longest UTF-8 form and its terminator
     std::string buffer(size, '\0');
     if (DMGetCblData(handler.getMPH(), handler.getIdesc(), document, DM_FORM_UTF8, buffer.data(),
                      &size) != 0)
