@@ -54,10 +54,14 @@ int32_t tree_failure_result(const xd_dom_parse_err_t *record, void *out)
     switch (record->errorCode) {
     case xercesc::XMLErrs::ExpectedCommentOrPI:
     case xercesc::XMLErrs::ExpectedWhitespace:
-    case xercesc::XMLErrs::XMLDeclMustBeFirst:
+    case xercesc::XMLErrs::NotValidAfterContent:
         // The root element was complete and more text follows it: the parse
-        // stopped before the end of the text (a second document, say).
+        // stopped before the end of the text (a second document with its own
+        // declaration, say).
         return 1;
+    case xercesc::XMLErrs::XMLDeclMustBeFirst:
+        // A misplaced declaration stops the text early only after a root.
+        return tree_has_no_root(out) ? 3 : 1;
     case xercesc::XMLErrs::EmptyMainEntity:
         return 2;
     case xercesc::XMLErrs::InvalidDocumentStructure:

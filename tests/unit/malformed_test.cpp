@@ -403,13 +403,18 @@ TEST(MalformedTreeTest, ARecoverableErrorIsRecordedButNotMarked)
 
 // A stream that holds two documents is read one document at a time: the
 // parse of the first stops where the second begins. The parser reports the
-// second declaration as invalid content after the root element.
-// Disabled until the tree-mode result maps that error as well.
-TEST(MalformedTreeTest, DISABLED_SecondDocumentAfterTheRootStopsEarly)
+// second declaration as invalid content after the root element. A
+// declaration that is misplaced before any root is an ordinary failure.
+TEST(MalformedTreeTest, SecondDocumentAfterTheRootStopsEarly)
 {
     TreeParse t("<?xml version=\"1.0\"?><a/>\n<?xml version=\"1.0\"?><b/>");
     EXPECT_EQ(t.record.errorCode, unsigned{xercesc::XMLErrs::NotValidAfterContent});
     EXPECT_EQ(t.result, 1);
+    EXPECT_EQ(t.record.line, 2u);
+
+    TreeParse early("<!--c--><?xml version=\"1.0\"?><a/>");
+    EXPECT_EQ(early.record.errorCode, unsigned{xercesc::XMLErrs::XMLDeclMustBeFirst});
+    EXPECT_EQ(early.result, 3);
 }
 
 TEST(MalformedTreeTest, NoErrorRecordIsFine)
