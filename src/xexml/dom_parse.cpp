@@ -11,6 +11,7 @@
 #include <xercesc/util/XMLUni.hpp>
 
 #include "XmlDomHandlers/XmlDomHandlers.h"
+#include "xexml/entity_guard.h"
 #include "xexml/error_reader.h"
 #include "platform/platform.h"
 #include "xexml/parser_init.h"
@@ -99,6 +100,7 @@ int32_t parse_document(const void *document, uint32_t length, void *out,
         length = 0;
     auto reader = std::make_unique<ErrorRecordingReader>();
     set_features(*reader, flags);
+    EntityGuard guard(*reader, flags);  // no external fetches, bounded entities
 
     XmlDomHandlers handler(document, length, out, errorRecord, flags);
     if (handler.getSawErrors())
