@@ -201,8 +201,10 @@ bool XmlDomHandlers::examineDeclaration(XMLCh *work, uint32_t workLen, std::u16s
             name.canonical != u"UTF-16" && name.canonical != u"UCS-4") {
             delete transcoder;
             xercesc::XMLTransService::Codes res;
-            transcoder = xercesc::XMLPlatformUtils::fgTransService->makeNewTranscoderFor(
-                name.canonical.c_str(), res, 4096);
+            transcoder = is_transcoder_name(name.canonical)
+                             ? xercesc::XMLPlatformUtils::fgTransService->makeNewTranscoderFor(
+                                   name.canonical.c_str(), res, 4096)
+                             : nullptr;
             return true;
         }
         return false;

@@ -44,4 +44,15 @@ EncodingName normalise_encoding_name(const std::u16string &upperName)
     return {upperName, 0};
 }
 
+bool is_transcoder_name(const std::u16string &name)
+{
+    if (name.empty() || name.size() >= kMaxEncodingName)
+        return false;
+    for (char16_t c : name) {
+        if (c < 0x20 || c > 0x7E)
+            return false;
+    }
+    return true;
+}
+
 } // namespace cblxml

@@ -8,6 +8,7 @@
 
 #include "XmlDomHandlers/XmlDomHandlers.h"
 #include "XmlDomHandlers/decl_scan.h"
+#include "XmlDomHandlers/encoding_names.h"
 #include "platform/platform.h"
 
 namespace cblxml {
@@ -87,8 +88,10 @@ void XmlDomHandlers::constructTreeMode(const unsigned char *doc, uint32_t length
     }
     if (!encoding.empty()) {
         xercesc::XMLTransService::Codes res;
-        transcoder = xercesc::XMLPlatformUtils::fgTransService->makeNewTranscoderFor(
-            encoding.c_str(), res, 4096);
+        transcoder = is_transcoder_name(encoding)
+                         ? xercesc::XMLPlatformUtils::fgTransService->makeNewTranscoderFor(
+                               encoding.c_str(), res, 4096)
+                         : nullptr;
         if (treeDocument != nullptr) {
             char *name = cobolText(encoding.data(), encoding.size(), 0);
             for (char *c = name + std::strlen(name); c != name;) {
