@@ -626,4 +626,22 @@ TEST(SecurityTest, LimitsLeaveRoomForOrdinaryEntityUse)
     EXPECT_TRUE(any_exception("<!DOCTYPE r [<!ENTITY e \"x\">]><r>" + refs + "&e;</r>", 0));
 }
 
+// Found by fuzzing: a declared encoding name of characters outside ASCII
+// (here bytes that decode to U+FFFD) reached the transcoding service, whose
+// fixed name buffer it overflowed. Such a name now counts as unknown.
+TEST(SecurityTest, DeclaredEncodingNamesOutsideAsciiAreNotPassedOn)
+{
+    const std::vector<std::string> names = {std::string(30, '\xFF'), "\xC3\xA9" + std::string(40, 'x'),
+                                            std::string(70, 'A'), "UTF-8\x8D\x8B\x9E\x91\x9B\x9E\x93"};
+    for (const std::string &name : names) {
+        const std::string document = "<?xml version=\"1.0\" encoding=\"" + name + "\"?><r/>";
+        for (uint32_t options : {0u, uint32_t{CBLXML_OPT_TREE}, uint32_t{CBLXML_OPT_VALIDATE},
+                                 uint32_t{CBLXML_OPT_TREE | CBLXML_OPT_VALIDATE_ONLY}}) {
+            SCOPED_TRACE(name + " option word " + std::to_string(options));
+            EXPECT_TRUE(parse(document, options).failed);
+        }
+    }
+}
+
 } // namespace
+
