@@ -1,5 +1,6 @@
 // The UTF-16 conversion routine of the handler: the document (or a part of
 // it) as UTF-16 units, through the transcoder when there is one.
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -32,16 +33,20 @@ XMLCh *XmlDomHandlers::toUtf16(const unsigned char *source, uint32_t &length, bo
                       xercesc::XMLString::equals(transcoder->getEncodingName(), u"UTF-8");
     if (transcoder != nullptr && !utf8) {
         // Every supported encoding takes at least one byte per UTF-16 unit, so
-        // `room` units always hold the whole document.
+        // `room` units always hold the whole document. One call converts at
+        // most the transcoder's block size: a multibyte transcoder keeps a
+        // per-unit table of that size and would write past it otherwise.
         std::unique_ptr<unsigned char[]> sizes(new unsigned char[room]);
+        const XMLSize_t block = transcoder->getBlockSize();
         XMLSize_t produced = 0;
         XMLSize_t eaten = 0;
         try {
             while (eaten < length && produced < length) {
                 XMLSize_t used = 0;
+                const XMLSize_t want = std::min<XMLSize_t>(length - produced, block);
                 XMLSize_t made = transcoder->transcodeFrom(source + eaten, length - eaten,
-                                                           out + produced, length - produced,
-                                                           used, sizes.get());
+                                                           out + produced, want, used,
+                                                           sizes.get());
                 if (used == 0 && made == 0)
                     break;  // an incomplete sequence at the end
                 eaten += used;
