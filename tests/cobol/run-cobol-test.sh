@@ -1,0 +1,101 @@
+#!/usr/bin/env bash
+# Compiles a COBOL program against the library, or runs one and compares
+# what it prints with the expected output, byte for byte.
+#
+#   run-cobol-test.sh compile MODE LIBRARY COPYBOOKS SOURCE EXECUTABLE
+#   run-cobol-test.sh run MODE LIBRARY EXECUTABLE EXPECTED STATUS [ARG...]
+#
+# MODE is how the program reaches the library, one of the ways a user
+# builds against it:
+#   static      the parse entries are called statically (-K), -lcblxml
+#   staticcall  every CALL is static (-fstatic-call), -lcblxml
+#   linked      dynamic CALLs, the library linked in (--no-as-needed)
+#   preload     dynamic CALLs, the run-time loads it through COB_PRE_LOAD
+# The run happens in the current folder; STATUS is the expected exit status.
+#
+# Environment: COBC, the compiler (default cobc). CBLXML_SANITIZER_RUNTIME:
+# the sanitizer run-time of a library built with sanitizers; the program,
+# which is not, needs it loaded first. CBLXML_LSAN_SUPPRESSIONS: leak
+# suppressions for the COBOL run-time.
+#
+# Exits 77, which the tests treat as skipped, when there is no COBOL compiler.
+set -uo pipefail
+
+skipped=77
+cobc=${COBC:-cobc}
+if ! command -v "$cobc" >/dev/null 2>&1; then
+    echo "no COBOL compiler ($cobc): skipped"
+    exit $skipped
+fi
+
+usage() {
+    sed -n '5,6p' "$0" >&2
+    exit 2
+}
+
+compile() {
+    local mode=$1 library=$2 copybooks=$3 source=$4 executable=$5
+    local libdir
+    libdir=$(dirname "$library")
+    local link=(-L "$libdir" -lcblxml -Q "-Wl,-rpath,$libdir")
+    local options
+    case $mode in
+        static) options=(-K CBL_XMLPARSE_INTERFACE -K CBL_XMLPARSE_INTERFACE_WRAP "${link[@]}") ;;
+        staticcall) options=(-fstatic-call "${link[@]}") ;;
+        linked) options=(-Q -Wl,--no-as-needed "${link[@]}") ;;
+        preload) options=() ;;
+        *) usage ;;
+    esac
+    mkdir -p "$(dirname "$executable")"
+    "$cobc" -x -Wall -I "$copybooks" -o "$executable" "$source" "${options[@]}"
+}
+
+run() {
+    local mode=$1 library=$2 executable=$3 expected=$4 status=$5
+    shift 5
+    local env=()
+    [ "$mode" = preload ] && env+=("COB_PRE_LOAD=$library")
+    if [ -n "${CBLXML_SANITIZER_RUNTIME:-}" ]; then
+        env+=("LD_PRELOAD=$CBLXML_SANITIZER_RUNTIME")
+        # The COBOL run-time is built without frame pointers: only the slow
+        # unwinder sees it on an allocation's stack, so that its leaks and
+        # no others can be suppressed.
+        env+=("ASAN_OPTIONS=${ASAN_OPTIONS:+$ASAN_OPTIONS:}fast_unwind_on_malloc=0")
+        [ -n "${CBLXML_LSAN_SUPPRESSIONS:-}" ] &&
+            env+=("LSAN_OPTIONS=${LSAN_OPTIONS:+$LSAN_OPTIONS:}suppressions=$CBLXML_LSAN_SUPPRESSIONS")
+    fi
+    actual=$(mktemp)
+    trap 'rm -f "$actual"' EXIT
+    env "${env[@]}" "$executable" "$@" >"$actual"
+    local got=$?
+    local failed=0
+    if [ "$got" -ne "$status" ]; then
+        echo "exit status $got, expected $status"
+        failed=1
+    fi
+    if ! cmp -s "$expected" "$actual"; then
+        echo "output differs from $expected:"
+        diff -u "$expected" "$actual" | head -60
+        failed=1
+    fi
+    return $failed
+}
+
+[ $# -ge 2 ] || usage
+action=$1
+shift
+# A program that starts with a sanitized library (and so with its XML
+# parser's dependencies) already loaded hangs in the C library's setlocale
+# before its first statement when the sanitizer run-time is preloaded. Loaded
+# by the COBOL run-time after its own start-up, the library runs fine: under
+# the sanitizers every program is built and run that way. The normal build
+# covers the other link modes.
+if [ -n "${CBLXML_SANITIZER_RUNTIME:-}" ] && [ "$1" != preload ]; then
+    echo "sanitizer build: $1 mode replaced by preload"
+    set -- preload "${@:2}"
+fi
+case $action in
+    compile) [ $# -eq 5 ] || usage; compile "$@" ;;
+    run) [ $# -ge 5 ] || usage; run "$@" ;;
+    *) usage ;;
+esac
