@@ -58,24 +58,38 @@ xd_parse_info *start_parse(const void *document, uint32_t length, uint32_t flags
     return first;
 }
 
-void deliver(xd_parse_info **state, void **textHolder, uint32_t *textLength, void *code,
-             char *eventName, const void *document, const uint32_t *documentLength,
-             uint32_t flags)
+// The program's items need not be aligned for their type: every value
+// passes through memcpy.
+template <typename T> T load(const void *item)
 {
-    xd_parse_info *head = state != nullptr ? *state : nullptr;
-    void *previousText = textHolder != nullptr ? *textHolder : nullptr;
+    T value{};
+    if (item != nullptr)
+        std::memcpy(&value, item, sizeof value);
+    return value;
+}
+
+template <typename T> void store(void *item, T value)
+{
+    if (item != nullptr)
+        std::memcpy(item, &value, sizeof value);
+}
+
+void deliver(void *state, void *textHolder, void *textLength, void *code, char *eventName,
+             const void *document, const void *documentLength, uint32_t flags)
+{
+    xd_parse_info *head = load<xd_parse_info *>(state);
+    void *previousText = load<void *>(textHolder);
 
     if (code == nullptr && eventName == nullptr) {
         // The clean-up call: the caller's last buffer stays the caller's.
         free_list(head);
-        if (state != nullptr)
-            *state = nullptr;
+        store<xd_parse_info *>(state, nullptr);
         return;
     }
 
     const bool first = head == nullptr;
     if (first) {
-        uint32_t length = documentLength != nullptr ? *documentLength : 0;
+        uint32_t length = load<uint32_t>(documentLength);
         head = start_parse(document, length, flags);
         if (head == nullptr)
             return;
@@ -83,8 +97,7 @@ void deliver(xd_parse_info **state, void **textHolder, uint32_t *textLength, voi
         // The only place where a buffer handed to the caller is freed.
         std::free(previousText);
         previousText = nullptr;
-        if (textHolder != nullptr)
-            *textHolder = nullptr;
+        store<void *>(textHolder, nullptr);
     }
     xd_parse_info *record = head;
     if (eventName != nullptr)
@@ -93,7 +106,7 @@ void deliver(xd_parse_info **state, void **textHolder, uint32_t *textLength, voi
     uint32_t size = 0;
     char *text = nullptr;
     if (first && event_is(record, "START-OF-DOCUMENT")) {
-        size = documentLength != nullptr ? *documentLength : 0;
+        size = load<uint32_t>(documentLength);
         text = delivered_copy(document, document != nullptr ? size : 0);
     } else if (event_is(record, "END-OF-DOCUMENT") && record->code != -1) {
         size = 0;
@@ -101,8 +114,7 @@ void deliver(xd_parse_info **state, void **textHolder, uint32_t *textLength, voi
         size = event_text_length(record, flags);
         text = delivered_copy(record->text, size);
     }
-    if (textLength != nullptr)
-        *textLength = size;
+    store(textLength, size);
     if (code != nullptr)
         kvt_put4ws(code, static_cast<uint32_t>(record->code));
 
@@ -112,10 +124,9 @@ void deliver(xd_parse_info **state, void **textHolder, uint32_t *textLength, voi
     kvt_xe_xmlparse_delete_info(record);
     if (head != nullptr)
         head->prev = nullptr;
-    if (state != nullptr)
-        *state = head;
+    store(state, head);
     if (textHolder != nullptr)
-        *textHolder = text;
+        store<void *>(textHolder, text);
     else
         std::free(text);
 }
@@ -129,8 +140,8 @@ extern "C" void CBL_XMLPARSE_INTERFACE(xd_parse_info **state, void **document, v
 {
     try {
         cblxml::deliver(state, text, text_length, code, event_name,
-                        document != nullptr ? *document : nullptr, document_length,
-                        flags != nullptr ? *flags : 0);
+                        cblxml::load<void *>(document), document_length,
+                        cblxml::load<uint32_t>(flags));
     } catch (...) {
         // Nothing crosses into the program; an allocation failure while
         // delivering leaves the list as it was.

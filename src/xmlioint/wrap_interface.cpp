@@ -23,7 +23,7 @@ extern "C" void CBL_XMLPARSE_INTERFACE_WRAP(xd_parse_info **state, void *documen
         CBL_XMLPARSE_INTERFACE(state, &document, &text, &document_length, &length, code, event,
                                &flags);
         if (text_length != nullptr)
-            *text_length = length;
+            std::memcpy(text_length, &length, sizeof length);  // need not be aligned
         // No buffer back (the clean-up call, END-OF-DOCUMENT): the area is
         // left untouched.
         if (text != nullptr && text_area != nullptr && length > 0)

@@ -234,3 +234,44 @@ TEST(DeliveryTest, ThreadsParsingAtOnceGetTheirOwnEvents)
 }
 
 } // namespace
+
+namespace {
+
+// COBOL items sit wherever the record puts them: none of the entry's
+// arguments need be aligned for its type (the sanitizer build checks this).
+TEST(DeliveryTest, ItemsNeedNotBeAligned)
+{
+    std::string doc = "<a>x</a>";
+    alignas(8) unsigned char area[128] = {};
+    unsigned char *state = area + 1;
+    unsigned char *docPointer = area + 11;
+    unsigned char *text = area + 21;
+    unsigned char *docLength = area + 31;
+    unsigned char *textLength = area + 37;
+    unsigned char *code = area + 43;
+    unsigned char *options = area + 49;
+    char *name = reinterpret_cast<char *>(area + 55);
+    void *address = doc.data();
+    uint32_t length = static_cast<uint32_t>(doc.size());
+    std::memcpy(docPointer, &address, sizeof address);
+    std::memcpy(docLength, &length, sizeof length);
+    std::vector<std::string> names;
+    xd_parse_info *head = nullptr;
+    do {
+        CBL_XMLPARSE_INTERFACE(reinterpret_cast<xd_parse_info **>(state),
+                               reinterpret_cast<void **>(docPointer),
+                               reinterpret_cast<void **>(text),
+                               reinterpret_cast<uint32_t *>(docLength),
+                               reinterpret_cast<uint32_t *>(textLength), code, name,
+                               reinterpret_cast<uint32_t *>(options));
+        names.emplace_back(name, 17);
+        std::memcpy(&head, state, sizeof head);
+    } while (head != nullptr && names.size() < 10);
+    void *last = nullptr;
+    std::memcpy(&last, text, sizeof last);
+    std::free(last);
+    EXPECT_EQ(names.size(), 5u);
+    EXPECT_EQ(names.front(), "START-OF-DOCUMENT");
+}
+
+} // namespace
