@@ -60,7 +60,7 @@ void XmlDomHandlers::appendEvent(xd_parse_info *record)
 int64_t XmlDomHandlers::locatorOffset(uint64_t line, uint64_t column)
 {
     if (!lines.built())
-        lines.build(docText, docTextLen);
+        lines.build(docText, docTextLen, bomUncounted ? 1u : 0u);
     int64_t col = column > 0 ? static_cast<int64_t>(column) : 1;
     return static_cast<int64_t>(lines.lineStart(line)) + col - 1 + posAdjust;
 }

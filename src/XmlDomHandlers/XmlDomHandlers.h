@@ -107,6 +107,7 @@ public:
 private:
     void constructEventMode(const unsigned char *doc, uint32_t length, void *out,
                             uint32_t flags);
+    void buildDocText(const unsigned char *doc, uint32_t length, void *out, uint32_t flags);
     void constructTreeMode(const unsigned char *doc, uint32_t length, void *out,
                            xd_dom_parse_err_t **errorRecord);
     void refuse(int32_t code, const unsigned char *doc, uint32_t length);
@@ -169,6 +170,9 @@ public:
     size_t mergeCap = 0;
     int64_t dtdPosition = -1;  // event mode: where the open declaration stood
     bool inDtd = false;        // between startDTD and endDTD
+    // The parser reads UTF-8 that starts with a byte-order mark: it counts no
+    // column for the mark (it does count a UTF-16 mark).
+    bool bomUncounted = false;
     int64_t bareDoctypeStart = -1;  // an unreported "<!DOCTYPE name>", until emitted
     int64_t bareDoctypeEnd = -1;
 };

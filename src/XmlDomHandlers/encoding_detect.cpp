@@ -80,6 +80,16 @@ void XmlDomHandlers::refuse(int32_t code, const unsigned char *doc, uint32_t len
 void XmlDomHandlers::constructEventMode(const unsigned char *doc, uint32_t length, void *out,
                                         uint32_t flags)
 {
+    buildDocText(doc, length, out, flags);
+    // The data map hands the parser UTF-8; so does a document that starts
+    // with the UTF-8 mark.
+    bomUncounted = docText != nullptr && docTextLen > 0 && docText[0] == 0xFEFF &&
+                   (mapHandle != nullptr || begins(doc, length, "\xEF\xBB\xBF", 3));
+}
+
+void XmlDomHandlers::buildDocText(const unsigned char *doc, uint32_t length, void *out,
+                                  uint32_t flags)
+{
     national = (flags & CBLXML_OPT_NATIONAL) != 0;
     if (out != nullptr)
         eventTail = *static_cast<xd_parse_info **>(out);

@@ -2,10 +2,10 @@
 
 namespace cblxml {
 
-void LineIndex::build(const char16_t *text, uint32_t length)
+void LineIndex::build(const char16_t *text, uint32_t length, uint32_t firstLineStart)
 {
     starts.clear();
-    starts.push_back(0);
+    starts.push_back(firstLineStart);
     for (uint32_t i = 0; i < length; ++i) {
         if (text[i] == u'\n') {
             starts.push_back(i + 1);
@@ -22,7 +22,7 @@ void LineIndex::build(const char16_t *text, uint32_t length)
 uint32_t LineIndex::lineStart(uint64_t line) const
 {
     if (line <= 1)
-        return 0;
+        return starts.empty() ? 0 : starts[0];
     if (line - 1 >= starts.size())
         return textLength;
     return starts[static_cast<size_t>(line - 1)];

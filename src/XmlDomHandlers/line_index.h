@@ -14,7 +14,9 @@ class LineIndex {
 public:
     // Lines end where the parser ends them: at LF, at CR LF and at a lone CR
     // (the parser normalises both to LF before it counts).
-    void build(const char16_t *text, uint32_t length);
+    // firstLineStart: where column 1 of line 1 is (past a byte-order mark
+    // that the parser does not count).
+    void build(const char16_t *text, uint32_t length, uint32_t firstLineStart = 0);
     bool built() const { return isBuilt; }
     // Offset of the first unit of `line` (1-based); lines past the last line
     // give the text length, as a walk that runs off the end would.

@@ -178,3 +178,24 @@ TEST(EventsTest, ValidateOnlyGivesNoContentEvents)
 }
 
 } // namespace
+
+namespace {
+
+// The parser counts no column for a byte-order mark: positions on line 1 of
+// a document that has one still land on the right character.
+TEST(EventsTest, ByteOrderMarkDoesNotShiftPositions)
+{
+    for (const std::string &doc : {std::string("\xEF\xBB\xBF<a><b></a>"),
+                                   std::string("\xEF\xBB\xBF<r>\n<a><b></a></r>")}) {
+        auto events = parse_events(doc);
+        ASSERT_FALSE(events.empty());
+        EXPECT_EQ(events.back().code, 5);
+        EXPECT_EQ(events.back().text, doc.substr(0, doc.find("</a>") + 3));
+    }
+    auto events = parse_events("\xEF\xBB\xBF<a x=\"1&lt;2\">t&amp;u</a>");
+    ASSERT_EQ(events.size(), 11u);
+    EXPECT_EQ(events[4].text, "<");
+    EXPECT_EQ(events[7].text, "&");
+}
+
+} // namespace
