@@ -29,6 +29,16 @@
 
 using cblxml_test::Event;
 
+// The parser library itself loses about 150 bytes in every validating parse
+// that reads an external DTD subset, with or without this library's
+// resolver (reproduced with the parser's own default resolution). The
+// allocation is made directly in its prolog scanner; nothing of ours is on
+// that stack. Only that leak is let through the leak checker.
+extern "C" const char *__lsan_default_suppressions()
+{
+    return "leak:xercesc_3_2::XMLScanner::scanProlog\n";
+}
+
 namespace {
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
