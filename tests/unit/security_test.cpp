@@ -577,7 +577,10 @@ std::string quadratic(size_t entityLength, size_t references, bool inAttribute)
 
 TEST(SecurityTest, EntityBombsEndQuicklyInAnExceptionWithBoundedMemory)
 {
-    const double timeLimit = kSanitized ? 20.0 : 1.0;
+    // Not a speed goal (the measured times are in the security notes): a
+    // bound that only an expansion without limit would cross, generous
+    // enough for a loaded machine and a sanitizer build.
+    const double timeLimit = 60.0;
     const struct {
         const char *label;
         std::string document;
