@@ -57,6 +57,14 @@ void XmlDomHandlers::appendEvent(xd_parse_info *record)
         eventTail = eventTail->next;
 }
 
+xd_parse_info *XmlDomHandlers::appendTextEvent(const char *name, const XMLCh *text, size_t count)
+{
+    xd_parse_info *record = new_event(name);
+    appendEvent(record);  // owned by the list from here, even if the text fails
+    record->text = cobolText(text, count, national ? 1 : 0);
+    return record;
+}
+
 int64_t XmlDomHandlers::locatorOffset(uint64_t line, uint64_t column)
 {
     if (!lines.built())

@@ -74,6 +74,9 @@ public:
     // (the two records of an unknown reference) moves the tail to the last.
     void appendEvent(xd_parse_info *record);
     xd_parse_info *getEventTail() const { return eventTail; }
+    // Appends a record named `name` whose text is `count` units of `text` in
+    // the program's representation (the handler's national flag).
+    xd_parse_info *appendTextEvent(const char *name, const XMLCh *text, size_t count);
 
     // SAX2 content call-backs.
     void setDocumentLocator(const xercesc::Locator *const locator) override;
@@ -129,6 +132,8 @@ private:
     void charactersEvents(const XMLCh *chars, size_t units);
     void charactersTree(const XMLCh *chars, size_t units);
     void appendToCurrent(xd_dom_node_t *node);
+    // Tree mode: a processing-instruction node appended to the current node.
+    void appendTreePi(const XMLCh *target, size_t targetLen, const XMLCh *data, size_t dataLen);
     // The locator's offset (no adjustment for a construct's end) within the text.
     int64_t clampedPosition();
     // A declaration "<!DOCTYPE name>" that the parser does not report: found

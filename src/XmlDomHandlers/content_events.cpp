@@ -8,6 +8,7 @@
 
 #include "XmlDomHandlers/XmlDomHandlers.h"
 #include "XmlDomHandlers/event_record.h"
+#include "XmlDomHandlers/text_units.h"
 #include "xmldom/dom_append.h"
 
 namespace cblxml {
@@ -33,13 +34,8 @@ void XmlDomHandlers::characters(const XMLCh *const chars, const XMLSize_t length
 void XmlDomHandlers::charactersEvents(const XMLCh *chars, size_t units)
 {
     const int32_t nat = national ? 1 : 0;
-    auto appendText = [&](const char *name, const XMLCh *text, size_t count) {
-        xd_parse_info *record = new_event(name);
-        appendEvent(record);
-        record->text = cobolText(text, count, nat);
-    };
     if (event_is(eventTail, "START-OF-CDATA-SECTION") || locator == nullptr || docTextLen == 0) {
-        appendText("CONTENT-CHARACTERS", chars, units);
+        appendTextEvent("CONTENT-CHARACTERS", chars, units);
         return;
     }
     // The locator stands at the "<" that ends the text, or one past the "&"
@@ -56,7 +52,7 @@ void XmlDomHandlers::charactersEvents(const XMLCh *chars, size_t units)
     while (q >= 0 && docText[q] != u'&' && docText[q] != u'>')
         --q;
     if (q < 0 || docText[q] == u'>') {
-        appendText("CONTENT-CHARACTERS", chars, units);
+        appendTextEvent("CONTENT-CHARACTERS", chars, units);
         return;
     }
     const XMLCh second = q + 1 <= p ? docText[q + 1] : 0;
@@ -74,7 +70,7 @@ void XmlDomHandlers::charactersEvents(const XMLCh *chars, size_t units)
     default: break;
     }
     if (second == u'#') {
-        size_t take = (units > 1 && chars[0] >= 0xD800 && chars[0] <= 0xDBFF) ? 2 : 1;
+        size_t take = (units > 1 && is_high_surrogate(chars[0])) ? 2 : 1;
         if (take > units)
             take = units;
         xd_parse_info *record = new_event("CONTENT-NATIONAL-CHARACTER");
@@ -92,7 +88,7 @@ void XmlDomHandlers::charactersEvents(const XMLCh *chars, size_t units)
     }
     // Any other reference (a declared general entity): the whole text.
     if (restFrom < units)
-        appendText("CONTENT-CHARACTERS", chars + restFrom, units - restFrom);
+        appendTextEvent("CONTENT-CHARACTERS", chars + restFrom, units - restFrom);
 }
 
 void XmlDomHandlers::charactersTree(const XMLCh *chars, size_t units)

@@ -1,7 +1,6 @@
 // The document call-backs: the first events of every parse (taken from the
 // handler's own copy of the XML declaration, which the parser does not
 // report) and the last one.
-#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -10,7 +9,6 @@
 #include "XmlDomHandlers/XmlDomHandlers.h"
 #include "XmlDomHandlers/decl_scan.h"
 #include "XmlDomHandlers/event_record.h"
-#include "xmldom/dom_append.h"
 
 namespace cblxml {
 namespace {
@@ -114,9 +112,7 @@ void XmlDomHandlers::appendDocumentDeclaration()
         std::u16string value;
         if (!quote_copy(decl, declLen, pos, value))
             return;
-        xd_parse_info *record = new_event(event);
-        appendEvent(record);
-        record->text = cobolText(value.data(), value.size(), national ? 1 : 0);
+        appendTextEvent(event, value.data(), value.size());
     }
 }
 
@@ -128,22 +124,7 @@ void XmlDomHandlers::appendTreeDeclaration()
     while (from < docTextLen && is_decl_space(docText[from]))
         ++from;
     size_t end = find_decl_end(docText, docTextLen, from);
-    char *target = cobolText(u"xml", 3, 0);
-    char *data = nullptr;
-    try {
-        data = cobolText(docText + from, end - from, 0);
-    } catch (...) {
-        std::free(target);
-        throw;
-    }
-    xd_dom_node_t *node = nullptr;
-    if (kvt_xe_xml_dom_pi_node(treeDocument, &node, target, data) != 0) {
-        std::free(target);
-        std::free(data);
-        return;
-    }
-    if (!dom_append_child(treeCurrent, node))
-        kvt_xe_xml_dom_free_node(node, 0);
+    appendTreePi(u"xml", 3, docText + from, end - from);
 }
 
 void XmlDomHandlers::endDocument()

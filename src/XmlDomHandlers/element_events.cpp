@@ -8,20 +8,11 @@
 #include "XmlDomHandlers/XmlDomHandlers.h"
 #include "XmlDomHandlers/decl_scan.h"
 #include "XmlDomHandlers/event_record.h"
+#include "XmlDomHandlers/text_units.h"
 #include "xmldom/dom_append.h"
 
 namespace cblxml {
 namespace {
-
-bool is_high_surrogate(XMLCh c)
-{
-    return c >= 0xD800 && c <= 0xDBFF;
-}
-
-size_t unit_length(const XMLCh *text)
-{
-    return text != nullptr ? std::char_traits<XMLCh>::length(text) : 0;
-}
 
 // The one character that a predefined entity reference stands for, decided
 // by its first letter (and the second after "a") and nothing more; 0 for an
@@ -58,9 +49,7 @@ void XmlDomHandlers::startElementEvents(const XMLCh *qname, const xercesc::Attri
     const int32_t nat = national ? 1 : 0;
     if (bareDoctypeStart >= 0)
         emitBareDoctypeBefore(static_cast<int64_t>(docTextLen));
-    xd_parse_info *start = new_event("START-OF-ELEMENT");
-    appendEvent(start);
-    start->text = cobolText(qname, unit_length(qname), nat);
+    appendTextEvent("START-OF-ELEMENT", qname, unit_length(qname));
     if (attrs.getLength() < 1 || locator == nullptr || docTextLen == 0)
         return;
 
@@ -77,15 +66,9 @@ void XmlDomHandlers::startElementEvents(const XMLCh *qname, const xercesc::Attri
     const std::u16string tag(docText + tagStart, static_cast<size_t>(tagEnd - tagStart + 1));
     size_t search = 0;
 
-    auto appendText = [&](const char *name, const XMLCh *text, size_t count) {
-        xd_parse_info *record = new_event(name);
-        appendEvent(record);
-        record->text = cobolText(text, count, nat);
-    };
-
     for (XMLSize_t i = 0; i < attrs.getLength(); ++i) {
         const XMLCh *attrName = attrs.getQName(i);
-        appendText("ATTRIBUTE-NAME", attrName, unit_length(attrName));
+        appendTextEvent("ATTRIBUTE-NAME", attrName, unit_length(attrName));
 
         // The name's first occurrence from the search point, then its "=".
         size_t at = tag.find(attrName, search);
@@ -101,7 +84,7 @@ void XmlDomHandlers::startElementEvents(const XMLCh *qname, const xercesc::Attri
         const size_t valueLen = unit_length(value);
         size_t cursor = 0;
         if (valueLen == 0)
-            appendText("ATTRIBUTE-CHARACTERS", u"", 0);
+            appendTextEvent("ATTRIBUTE-CHARACTERS", u"", 0);
 
         size_t rest = 0;
         while (rest < raw.size()) {
@@ -109,7 +92,7 @@ void XmlDomHandlers::startElementEvents(const XMLCh *qname, const xercesc::Attri
             if (amp == std::u16string::npos)
                 break;
             if (amp > rest) {
-                appendText("ATTRIBUTE-CHARACTERS", raw.data() + rest, amp - rest);
+                appendTextEvent("ATTRIBUTE-CHARACTERS", raw.data() + rest, amp - rest);
                 cursor += amp - rest;
             }
             size_t semi = raw.find(u';', amp + 1);
@@ -141,12 +124,12 @@ void XmlDomHandlers::startElementEvents(const XMLCh *qname, const xercesc::Attri
                 // A general entity other than the five predefined ones: the
                 // rest of the parser's expanded value, and no further
                 // attributes of this element.
-                appendText("ATTRIBUTE-CHARACTERS", value + cursor, valueLen - cursor);
+                appendTextEvent("ATTRIBUTE-CHARACTERS", value + cursor, valueLen - cursor);
                 return;
             }
         }
         if (rest < raw.size())
-            appendText("ATTRIBUTE-CHARACTERS", raw.data() + rest, raw.size() - rest);
+            appendTextEvent("ATTRIBUTE-CHARACTERS", raw.data() + rest, raw.size() - rest);
     }
 }
 
@@ -203,9 +186,7 @@ void XmlDomHandlers::appendToCurrent(xd_dom_node_t *node)
 void XmlDomHandlers::endElement(const XMLCh *const, const XMLCh *const, const XMLCh *const qname)
 {
     if (treeMode == 0) {
-        xd_parse_info *record = new_event("END-OF-ELEMENT");
-        appendEvent(record);
-        record->text = cobolText(qname, unit_length(qname), national ? 1 : 0);
+        appendTextEvent("END-OF-ELEMENT", qname, unit_length(qname));
     } else if (treeMode == 1) {
         mergeText = nullptr;
         if (treeCurrent != nullptr && treeCurrent->parent != nullptr)

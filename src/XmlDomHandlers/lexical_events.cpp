@@ -7,15 +7,11 @@
 
 #include "XmlDomHandlers/XmlDomHandlers.h"
 #include "XmlDomHandlers/event_record.h"
+#include "XmlDomHandlers/text_units.h"
 #include "xmldom/dom_append.h"
 
 namespace cblxml {
 namespace {
-
-size_t unit_length(const XMLCh *text)
-{
-    return text != nullptr ? std::char_traits<XMLCh>::length(text) : 0;
-}
 
 bool has_text(const XMLCh *text)
 {
@@ -93,20 +89,20 @@ void XmlDomHandlers::processingInstruction(const XMLCh *const target, const XMLC
     if (treeMode == 0) {
         if (bareDoctypeStart >= 0)
             emitBareDoctypeBefore(clampedPosition());
-        xd_parse_info *record = new_event("PROCESSING-INSTRUCTION-TARGET");
-        appendEvent(record);
-        record->text = cobolText(target, unit_length(target), national ? 1 : 0);
-        record = new_event("PROCESSING-INSTRUCTION-DATA");
-        appendEvent(record);
-        record->text = cobolText(data, unit_length(data), national ? 1 : 0);
-        return;
+        appendTextEvent("PROCESSING-INSTRUCTION-TARGET", target, unit_length(target));
+        appendTextEvent("PROCESSING-INSTRUCTION-DATA", data, unit_length(data));
+    } else if (treeMode == 1) {
+        appendTreePi(target, unit_length(target), data, unit_length(data));
     }
-    if (treeMode != 1)
-        return;
-    char *targetText = cobolText(target, unit_length(target), 0);
+}
+
+void XmlDomHandlers::appendTreePi(const XMLCh *target, size_t targetLen, const XMLCh *data,
+                                  size_t dataLen)
+{
+    char *targetText = cobolText(target, targetLen, 0);
     char *dataText = nullptr;
     try {
-        dataText = cobolText(data, unit_length(data), 0);
+        dataText = cobolText(data, dataLen, 0);
     } catch (...) {
         std::free(targetText);
         throw;
@@ -129,27 +125,21 @@ void XmlDomHandlers::comment(const XMLCh *const chars, const XMLSize_t length)
         return;
     if (bareDoctypeStart >= 0)
         emitBareDoctypeBefore(clampedPosition());
-    xd_parse_info *record = new_event("COMMENT");
-    appendEvent(record);
-    record->text = cobolText(chars, length, national ? 1 : 0);
+    appendTextEvent("COMMENT", chars, length);
 }
 
 void XmlDomHandlers::startCDATA()
 {
     if (treeMode != 0)
         return;
-    xd_parse_info *record = new_event("START-OF-CDATA-SECTION");
-    appendEvent(record);
-    record->text = cobolText(u"<![CDATA[", 9, national ? 1 : 0);
+    appendTextEvent("START-OF-CDATA-SECTION", u"<![CDATA[", 9);
 }
 
 void XmlDomHandlers::endCDATA()
 {
     if (treeMode != 0)
         return;
-    xd_parse_info *record = new_event("END-OF-CDATA-SECTION");
-    appendEvent(record);
-    record->text = cobolText(u"]]>", 3, national ? 1 : 0);
+    appendTextEvent("END-OF-CDATA-SECTION", u"]]>", 3);
 }
 
 } // namespace cblxml

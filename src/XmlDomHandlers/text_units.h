@@ -1,0 +1,23 @@
+// Small measures of the parser's UTF-16 text.
+#ifndef CBLXML_XMLDOMHANDLERS_TEXT_UNITS_H
+#define CBLXML_XMLDOMHANDLERS_TEXT_UNITS_H
+
+#include <cstddef>
+#include <string>
+
+namespace cblxml {
+
+// Units before the terminating zero; 0 for a null text.
+inline size_t unit_length(const char16_t *text)
+{
+    return text != nullptr ? std::char_traits<char16_t>::length(text) : 0;
+}
+
+inline bool is_high_surrogate(char16_t c)
+{
+    return c >= 0xD800 && c <= 0xDBFF;
+}
+
+} // namespace cblxml
+
+#endif
