@@ -57,9 +57,14 @@ void XmlDomHandlers::appendEvent(xd_parse_info *record)
         eventTail = eventTail->next;
 }
 
+xd_parse_info *XmlDomHandlers::newRecord(const char *name)
+{
+    return pool != nullptr ? pool->take(name) : new_event(name);
+}
+
 xd_parse_info *XmlDomHandlers::appendTextEvent(const char *name, const XMLCh *text, size_t count)
 {
-    xd_parse_info *record = new_event(name);
+    xd_parse_info *record = newRecord(name);
     appendEvent(record);  // owned by the list from here, even if the text fails
     record->text = cobolText(text, count, national ? 1 : 0);
     return record;
@@ -68,7 +73,7 @@ xd_parse_info *XmlDomHandlers::appendTextEvent(const char *name, const XMLCh *te
 int64_t XmlDomHandlers::locatorOffset(uint64_t line, uint64_t column)
 {
     if (!lines.built())
-        lines.build(docText, docTextLen, bomUncounted ? 1u : 0u);
+        lines.reset(docText, docTextLen, bomUncounted ? 1u : 0u);
     int64_t col = column > 0 ? static_cast<int64_t>(column) : 1;
     return static_cast<int64_t>(lines.lineStart(line)) + col - 1 + posAdjust;
 }

@@ -18,6 +18,7 @@
 #include <xercesc/util/TransService.hpp>
 
 #include "cblxml.h"
+#include "XmlDomHandlers/event_pool.h"
 #include "XmlDomHandlers/line_index.h"
 
 namespace cblxml {
@@ -69,6 +70,12 @@ public:
     const XMLCh *getDocText() const { return docText; }
     uint32_t getDocTextLen() const { return docTextLen; }
     bool isNational() const { return national; }
+
+    // Records of a progressive parse come from `pool` (null: every record is
+    // built by new_event, as the list handed to kvt_xe_xmlparse's caller
+    // must be).
+    void setEventPool(EventPool *eventPool) { pool = eventPool; }
+    xd_parse_info *newRecord(const char *name);
 
     // Event list: appends at the tail; a record that already has followers
     // (the two records of an unknown reference) moves the tail to the last.
@@ -164,9 +171,12 @@ public:
     void *mapHandle = nullptr;
     dm_item_desc idesc{};
 
+    EventPool *pool = nullptr;
+    bool doctypeSeen = false;  // a DOCUMENT-TYPE-DECLARATION event was made
+    std::u16string attrRaw;    // an attribute value as written, reused
     const xercesc::Locator *locator = nullptr;
     const ParserError *parserError = nullptr;
-    LineIndex lines;  // built on first use, once per parse
+    LineIndex lines;  // extended as the parse moves on
     std::vector<char> scratch;  // conversion area reused by cobolText
     // Tree mode: the text node whose value is being extended, its length and
     // the room allocated behind its value.

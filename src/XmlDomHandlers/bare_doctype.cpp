@@ -67,6 +67,7 @@ void XmlDomHandlers::emitBareDoctypeBefore(int64_t position)
         return;
     xd_parse_info *record = new_event("DOCUMENT-TYPE-DECLARATION");
     appendEvent(record);
+    doctypeSeen = true;
     const int64_t from = bareDoctypeStart;
     bareDoctypeStart = -1;
     appendSourceText(record, from, bareDoctypeEnd);

@@ -73,14 +73,14 @@ void XmlDomHandlers::charactersEvents(const XMLCh *chars, size_t units)
         size_t take = (units > 1 && is_high_surrogate(chars[0])) ? 2 : 1;
         if (take > units)
             take = units;
-        xd_parse_info *record = new_event("CONTENT-NATIONAL-CHARACTER");
+        xd_parse_info *record = newRecord("CONTENT-NATIONAL-CHARACTER");
         appendEvent(record);
         record->text = copy_text(chars, take * 2, 2);
         restFrom = take;
     } else if (second == u'l' || second == u'g' || second == u'q' || second == u'a') {
         // An "a" reference other than amp and apos keeps no text; the rest of
         // the call still begins at its second character.
-        xd_parse_info *record = new_event("CONTENT-CHARACTER");
+        xd_parse_info *record = newRecord("CONTENT-CHARACTER");
         appendEvent(record);
         if (single != 0)
             record->text = cobolText(&single, 1, nat);

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <string_view>
 
 #include "XmlDomHandlers/XmlDomHandlers.h"
 #include "XmlDomHandlers/decl_scan.h"
@@ -63,7 +64,7 @@ void XmlDomHandlers::startElementEvents(const XMLCh *qname, const xercesc::Attri
     int64_t tagStart = tagEnd;
     while (tagStart > 0 && docText[tagStart] != u'<')
         --tagStart;
-    const std::u16string tag(docText + tagStart, static_cast<size_t>(tagEnd - tagStart + 1));
+    const std::u16string_view tag(docText + tagStart, static_cast<size_t>(tagEnd - tagStart + 1));
     size_t search = 0;
 
     for (XMLSize_t i = 0; i < attrs.getLength(); ++i) {
@@ -76,7 +77,8 @@ void XmlDomHandlers::startElementEvents(const XMLCh *qname, const xercesc::Attri
             return;  // not written in the tag (a defaulted attribute)
         size_t eq = tag.find(u'=', at);
         search = eq == std::u16string::npos ? tag.size() : eq + 1;
-        std::u16string raw;
+        std::u16string &raw = attrRaw;
+        raw.clear();
         if (!quote_copy(tag.data(), tag.size(), search, raw))
             return;
 
@@ -107,13 +109,13 @@ void XmlDomHandlers::startElementEvents(const XMLCh *qname, const xercesc::Attri
                 size_t units = (cursor + 1 < valueLen && is_high_surrogate(value[cursor])) ? 2 : 1;
                 if (cursor + units > valueLen)
                     units = valueLen - cursor;
-                xd_parse_info *record = new_event("ATTRIBUTE-NATIONAL-CHARACTER");
+                xd_parse_info *record = newRecord("ATTRIBUTE-NATIONAL-CHARACTER");
                 appendEvent(record);
                 record->text = copy_text(value + cursor, units * 2, 2);
                 cursor += units;
             } else if (!ref.empty() && (ref[0] == u'l' || ref[0] == u'g' || ref[0] == u'q' ||
                                         ref[0] == u'a')) {
-                xd_parse_info *record = new_event("ATTRIBUTE-CHARACTER");
+                xd_parse_info *record = newRecord("ATTRIBUTE-CHARACTER");
                 appendEvent(record);
                 XMLCh c = predefined_character(ref);
                 if (c != 0) {

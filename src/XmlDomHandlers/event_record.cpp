@@ -29,14 +29,6 @@ void rename_event(xd_parse_info *record, const char *name)
     std::memcpy(record->event_name, name, n);
 }
 
-bool event_is(const xd_parse_info *record, const char *name)
-{
-    if (record == nullptr || record->event_name == nullptr)
-        return false;
-    size_t n = std::strlen(name);
-    return n <= CBLXML_EVENT_NAME_LEN && std::memcmp(record->event_name, name, n) == 0;
-}
-
 char *copy_text(const void *bytes, size_t size, size_t width)
 {
     char *text = static_cast<char *>(std::calloc(size + width, 1));

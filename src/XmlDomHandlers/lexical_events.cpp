@@ -41,18 +41,17 @@ void XmlDomHandlers::startDTD(const XMLCh *const, const XMLCh *const publicId,
     if (treeMode != 0)
         return;
     const int64_t pos = clampedPosition();
-    for (const xd_parse_info *r = eventTail; r != nullptr && r->prev != nullptr; r = r->prev) {
-        if (event_is(r, "DOCUMENT-TYPE-DECLARATION")) {
-            // At most one declaration per document: report and stop quietly.
-            xd_parse_info *record = new_event("EXCEPTION");
-            record->code = 123;
-            appendEvent(record);
-            appendSourceText(record, 0, pos);
-            throw xercesc::XMLErrs::F_HighBounds;
-        }
+    if (doctypeSeen) {
+        // At most one declaration per document: report and stop quietly.
+        xd_parse_info *record = new_event("EXCEPTION");
+        record->code = 123;
+        appendEvent(record);
+        appendSourceText(record, 0, pos);
+        throw xercesc::XMLErrs::F_HighBounds;
     }
     xd_parse_info *record = new_event("DOCUMENT-TYPE-DECLARATION");
     appendEvent(record);
+    doctypeSeen = true;
     dtdPosition = pos;
     inDtd = true;
     if (!has_text(publicId) && !has_text(systemId)) {

@@ -8,9 +8,9 @@ namespace cblxml {
 
 namespace {
 
-constexpr const char *kVersionEvent = "VERSION-INFORMATION";
-constexpr const char *kEncodingEvent = "ENCODING-DECLARATION";
-constexpr const char *kStandaloneEvent = "STANDALONE-DECLARATION";
+constexpr char kVersionEvent[] = "VERSION-INFORMATION";
+constexpr char kEncodingEvent[] = "ENCODING-DECLARATION";
+constexpr char kStandaloneEvent[] = "STANDALONE-DECLARATION";
 
 // One row of a "first test that holds" rule.
 struct TestCode {

@@ -8,29 +8,16 @@
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/framework/XMLErrorCodes.hpp>
 #include <xercesc/sax2/XMLReaderFactory.hpp>
-#include <xercesc/util/XMLUni.hpp>
 
 #include "XmlDomHandlers/XmlDomHandlers.h"
 #include "xexml/entity_guard.h"
 #include "xexml/error_reader.h"
+#include "xexml/reader_setup.h"
 #include "platform/platform.h"
 #include "xexml/parser_init.h"
 
-using xercesc::XMLUni;
-
 namespace cblxml {
 namespace {
-
-void set_features(xercesc::SAX2XMLReader &reader, uint32_t flags)
-{
-    const bool validate = (flags & (CBLXML_OPT_VALIDATE | CBLXML_OPT_VALIDATE_ONLY)) != 0;
-    reader.setFeature(XMLUni::fgSAX2CoreNameSpaces, true);
-    reader.setFeature(XMLUni::fgXercesSchema, validate);
-    reader.setFeature(XMLUni::fgXercesSchemaFullChecking, validate);
-    reader.setFeature(XMLUni::fgSAX2CoreNameSpacePrefixes,
-                      validate || !(flags & CBLXML_OPT_TREE));
-    reader.setFeature(XMLUni::fgSAX2CoreValidation, validate);
-}
 
 // True when the tree holds no element: the document had no root element.
 bool tree_has_no_root(void *out)
@@ -73,24 +60,6 @@ int32_t tree_failure_result(const xd_dom_parse_err_t *record, void *out)
     }
 }
 
-// The private parse buffer: a copy of the document, or its UTF-8 form when
-// the data map converts the program's code page.
-std::string parse_buffer(XmlDomHandlers &handler, const void *document, uint32_t length)
-{
-    if (handler.getMPH() == nullptr)
-        return std::string(static_cast<const char *>(document), length);
-    handler.setIdescLen(static_cast<int32_t>(length));
-    uint32_t size = platform::utf8_room(length);  // the longest UTF-8 form and its terminator
-    std::string buffer(size, '\0');
-    if (DMGetCblData(handler.getMPH(), handler.getIdesc(), document, DM_FORM_UTF8, buffer.data(),
-                     &size) != 0)
-        size = 0;
-    // The data map's terminator is left out: a NUL after the root element
-    // would be a parse error.
-    buffer.resize(size > 0 ? size - 1 : 0);
-    return buffer;
-}
-
 int32_t parse_document(const void *document, uint32_t length, void *out,
                        xd_dom_parse_err_t **errorRecord, uint32_t flags)
 {
@@ -105,14 +74,7 @@ int32_t parse_document(const void *document, uint32_t length, void *out,
     XmlDomHandlers handler(document, length, out, errorRecord, flags);
     if (handler.getSawErrors())
         return 0;
-    if (!(flags & CBLXML_OPT_VALIDATE_ONLY)) {
-        reader->setContentHandler(&handler);
-        reader->setLexicalHandler(&handler);
-        reader->setDTDHandler(&handler);
-    }
-    reader->setErrorHandler(&handler);
-    handler.setErrorSource(reader->lastError());
-    handler.resetErrors();
+    register_handler(*reader, handler, flags);
 
     const std::string buffer = parse_buffer(handler, document, length);
     xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte *>(buffer.data()),

@@ -1,61 +1,50 @@
-// The XML PARSE delivery entry: parses on the first call, then hands out one
-// event per call and frees it.
+// The XML PARSE delivery entry: starts the parse on the first call, then
+// hands out one event per call and frees it. The parse moves on as the
+// program asks for events, so the document is never held as events.
 #include <cstdlib>
 #include <cstring>
 
+#include <memory>
+
 #include "XmlDomHandlers/event_record.h"
+#include "xexml/parse_session.h"
 #include "xmlioint/text_length.h"
 
 namespace cblxml {
 namespace {
 
-void free_list(xd_parse_info *record)
+// A zero-length text still reaches the program as an address: a one-byte
+// buffer holding zero.
+char *empty_text()
 {
-    while (record != nullptr) {
-        xd_parse_info *next = record->next;
-        kvt_xe_xmlparse_delete_info(record);
-        record = next;
-    }
-}
-
-// A new buffer of exactly `size` bytes copied from `source` (null source:
-// zeros). A zero size still gets a one-byte buffer holding zero, so that the
-// program always receives an address.
-char *delivered_copy(const void *source, size_t size)
-{
-    char *buffer = static_cast<char *>(std::malloc(size > 0 ? size : 1));
-    if (buffer == nullptr)
-        return nullptr;
-    if (size == 0)
+    char *buffer = static_cast<char *>(std::malloc(1));
+    if (buffer != nullptr)
         buffer[0] = 0;
-    else if (source != nullptr)
-        std::memcpy(buffer, source, size);
-    else
-        std::memset(buffer, 0, size);
     return buffer;
 }
 
-// Starts the parse; returns the first record. A parse that left nothing
-// behind (a validating parse without content events reports only errors)
-// still ends the program's parse: with END-OF-DOCUMENT when it succeeded,
-// else with an exception.
-xd_parse_info *start_parse(const void *document, uint32_t length, uint32_t flags)
+// START-OF-DOCUMENT hands over a copy of the whole document.
+char *document_copy(const void *document, size_t size)
 {
-    auto *sentinel = static_cast<xd_parse_info *>(std::calloc(1, sizeof(xd_parse_info)));
-    if (sentinel == nullptr)
-        return nullptr;
-    const int32_t result = kvt_xe_xmlparse(sentinel, document, length, flags);
-    xd_parse_info *first = sentinel->next;
-    std::free(sentinel);
-    if (first == nullptr) {
-        first = new_event(result == 0 ? "END-OF-DOCUMENT" : "EXCEPTION");
-        if (result != 0) {
-            first->code = 201;
-            first->text = copy_text(nullptr, 0, 2);
-        }
+    if (size == 0 || document == nullptr)
+        return empty_text();
+    char *buffer = static_cast<char *>(std::malloc(size));
+    if (buffer != nullptr)
+        std::memcpy(buffer, document, size);
+    return buffer;
+}
+
+// A parse that left nothing behind (a validating parse without content
+// events reports only errors) still ends the program's parse: with
+// END-OF-DOCUMENT when it succeeded, else with an exception.
+xd_parse_info *closing_record(int32_t result)
+{
+    xd_parse_info *record = new_event(result == 0 ? "END-OF-DOCUMENT" : "EXCEPTION");
+    if (result != 0) {
+        record->code = 201;
+        record->text = copy_text(nullptr, 0, 2);
     }
-    first->prev = nullptr;
-    return first;
+    return record;
 }
 
 // The program's items need not be aligned for their type: every value
@@ -74,6 +63,43 @@ template <typename T> void store(void *item, T value)
         std::memcpy(item, &value, sizeof value);
 }
 
+void free_list(xd_parse_info *record)
+{
+    while (record != nullptr) {
+        xd_parse_info *next = record->next;
+        kvt_xe_xmlparse_delete_info(record);
+        record = next;
+    }
+}
+
+// Writes the record's name, text length and code into the program's items
+// and returns the text buffer for the program. The record's own text is
+// handed over: it holds exactly the text, and its terminator lies beyond the
+// length the program is given.
+char *hand_over(xd_parse_info *record, bool first, const void *document,
+                const void *documentLength, uint32_t flags, void *textLength, void *code,
+                char *eventName)
+{
+    if (eventName != nullptr)
+        std::memcpy(eventName, record->event_name, CBLXML_EVENT_NAME_LEN);
+    uint32_t size = 0;
+    char *text = nullptr;
+    if (first && event_is(record, "START-OF-DOCUMENT")) {
+        size = load<uint32_t>(documentLength);
+        text = document_copy(document, document != nullptr ? size : 0);
+    } else if (event_is(record, "END-OF-DOCUMENT") && record->code != -1) {
+        size = 0;
+    } else {
+        size = event_text_length(record, flags);
+        text = record->text != nullptr ? record->text : empty_text();
+        record->text = nullptr;
+    }
+    store(textLength, size);
+    if (code != nullptr)
+        kvt_put4ws(code, static_cast<uint32_t>(record->code));
+    return text;
+}
+
 void deliver(void *state, void *textHolder, void *textLength, void *code, char *eventName,
              const void *document, const void *documentLength, uint32_t flags)
 {
@@ -82,49 +108,57 @@ void deliver(void *state, void *textHolder, void *textLength, void *code, char *
 
     if (code == nullptr && eventName == nullptr) {
         // The clean-up call: the caller's last buffer stays the caller's.
-        free_list(head);
+        if (ParseSession *session = ParseSession::fromAnchor(head))
+            delete session;
+        else
+            free_list(head);
         store<xd_parse_info *>(state, nullptr);
         return;
     }
 
     const bool first = head == nullptr;
+    std::unique_ptr<ParseSession> session;
     if (first) {
-        uint32_t length = load<uint32_t>(documentLength);
-        head = start_parse(document, length, flags);
-        if (head == nullptr)
-            return;
-    } else if (previousText != nullptr) {
-        // The only place where a buffer handed to the caller is freed.
-        std::free(previousText);
-        previousText = nullptr;
-        store<void *>(textHolder, nullptr);
-    }
-    xd_parse_info *record = head;
-    if (eventName != nullptr)
-        std::memcpy(eventName, record->event_name, CBLXML_EVENT_NAME_LEN);
-
-    uint32_t size = 0;
-    char *text = nullptr;
-    if (first && event_is(record, "START-OF-DOCUMENT")) {
-        size = load<uint32_t>(documentLength);
-        text = delivered_copy(document, document != nullptr ? size : 0);
-    } else if (event_is(record, "END-OF-DOCUMENT") && record->code != -1) {
-        size = 0;
+        // An event list cannot hold a tree: the tree-mode bit of a program's
+        // option word is not passed on, so the parse always produces events.
+        session = ParseSession::start(document, load<uint32_t>(documentLength),
+                                      flags & ~static_cast<uint32_t>(CBLXML_OPT_TREE));
     } else {
-        size = event_text_length(record, flags);
-        text = delivered_copy(record->text, size);
+        session.reset(ParseSession::fromAnchor(head));
+        if (previousText != nullptr) {
+            // The only place where a buffer handed to the caller is freed.
+            std::free(previousText);
+            store<void *>(textHolder, nullptr);
+        }
     }
-    store(textLength, size);
-    if (code != nullptr)
-        kvt_put4ws(code, static_cast<uint32_t>(record->code));
 
-    // A record with code -1 ends the list: the head moves on like any other
-    // so that the caller never holds a freed record.
-    head = record->next;
-    kvt_xe_xmlparse_delete_info(record);
-    if (head != nullptr)
-        head->prev = nullptr;
-    store(state, head);
+    char *text = nullptr;
+    if (session == nullptr) {
+        // A list of records built by the caller (through kvt_xe_xmlparse):
+        // delivered and freed one record per call.
+        text = hand_over(head, first, document, documentLength, flags, textLength, code,
+                         eventName);
+        xd_parse_info *following = head->next;
+        kvt_xe_xmlparse_delete_info(head);
+        if (following != nullptr)
+            following->prev = nullptr;
+        store(state, following);
+    } else {
+        xd_parse_info *record = session->next();
+        if (record == nullptr)
+            record = closing_record(first ? session->result() : 0);
+        text = hand_over(record, first, document, documentLength, flags, textLength, code,
+                         eventName);
+        session->release(record);
+        // After the last event the state item is null again: the next call
+        // starts a new parse.
+        if (session->exhausted()) {
+            session.reset();
+            store<xd_parse_info *>(state, nullptr);
+        } else {
+            store(state, session.release()->anchor());
+        }
+    }
     if (textHolder != nullptr)
         store<void *>(textHolder, text);
     else

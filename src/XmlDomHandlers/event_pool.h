@@ -1,0 +1,40 @@
+// Event records of a progressive parse. Such a record never leaves the
+// library (the program sees only the texts), so its name lives inside the
+// record and freed records are kept for reuse: at most a few records are
+// alive at a time, so after the first events no record costs an allocation.
+// Records built with new_event may join the same list; release_event frees
+// either kind.
+#ifndef CBLXML_XMLDOMHANDLERS_EVENT_POOL_H
+#define CBLXML_XMLDOMHANDLERS_EVENT_POOL_H
+
+#include "cblxml.h"
+
+namespace cblxml {
+
+class EventPool {
+public:
+    EventPool() = default;
+    ~EventPool();
+    EventPool(const EventPool &) = delete;
+    EventPool &operator=(const EventPool &) = delete;
+
+    // A record named `name`, code 0, no text, no links.
+    xd_parse_info *take(const char *name);
+    // Keeps a record of this pool for reuse; its text must already be gone.
+    void give(xd_parse_info *record);
+
+    // True for a record that take() made (its name is inside the record).
+    static bool owns(const xd_parse_info *record);
+
+private:
+    struct Slot;
+    Slot *freeSlots = nullptr;
+};
+
+// Frees a record, its text and its name, whichever way it was built. A
+// pooled record goes back to `pool`, which must be the pool that made it.
+void release_event(EventPool *pool, xd_parse_info *record);
+
+} // namespace cblxml
+
+#endif

@@ -1,0 +1,213 @@
+#include "xexml/parse_session.h"
+
+#include <cstddef>
+#include <new>
+
+#include <xercesc/framework/XMLErrorCodes.hpp>
+#include <xercesc/framework/XMLValidityCodes.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
+
+#include "xexml/parser_init.h"
+#include "xexml/reader_setup.h"
+
+namespace cblxml {
+
+namespace {
+
+// The anchor's name: no record built by new_event or a pool has its name
+// here, so a state item's record is known for an anchor by this address.
+const char kAnchorName[CBLXML_EVENT_NAME_LEN] = {};
+
+} // namespace
+
+ParseSession::ParseSession(uint32_t optionWord) : flags(optionWord)
+{
+    anchorSlot.record.event_name = const_cast<char *>(kAnchorName);
+    anchorSlot.session = this;
+}
+
+ParseSession::~ParseSession()
+{
+    closeParser();
+    freePending();
+}
+
+ParseSession *ParseSession::fromAnchor(xd_parse_info *record)
+{
+    static_assert(offsetof(Anchor, record) == 0, "the anchor record opens the anchor");
+    if (record == nullptr || record->event_name != kAnchorName)
+        return nullptr;  // a record of a list that the caller built
+    return reinterpret_cast<Anchor *>(record)->session;
+}
+
+std::unique_ptr<ParseSession> ParseSession::start(const void *document, uint32_t length,
+                                                  uint32_t flags)
+{
+    std::unique_ptr<ParseSession> session(new ParseSession(flags));
+    try {
+        session->open(document, length);
+    } catch (...) {
+        // Out of memory or an unexpected parser failure while starting: the
+        // events made so far stay, and the parse counts as failed.
+        session->outcome = 3;
+        session->scanning = false;
+        session->closeParser();
+    }
+    return session;
+}
+
+void ParseSession::open(const void *document, uint32_t length)
+{
+    if (!ensure_parser_initialised()) {
+        outcome = 1;
+        return;
+    }
+    if (document == nullptr)
+        length = 0;
+    reader = std::make_unique<ErrorRecordingReader>();
+    set_features(*reader, flags);
+    guard = std::make_unique<EntityGuard>(*reader, flags);  // no external fetches
+    handler = std::make_unique<XmlDomHandlers>(document, length, &listHead, nullptr, flags);
+    if (handler->getSawErrors()) {
+        closeParser();  // the document was refused before parsing
+        return;
+    }
+    register_handler(*reader, *handler, flags);
+    buffer = parse_buffer(*handler, document, length);
+    if (handler->getMPH() != nullptr)
+        original.assign(static_cast<const char *>(document), length);
+    source = std::make_unique<xercesc::MemBufInputSource>(
+        reinterpret_cast<const XMLByte *>(buffer.data()), buffer.size(), "prodInfo", false);
+    if (handler->getMPH() != nullptr)
+        source->setEncoding(u"UTF-8");  // the buffer holds the data map's UTF-8
+
+    if (flags & (CBLXML_OPT_VALIDATE | CBLXML_OPT_VALIDATE_ONLY)) {
+        // Validation ends with checks over the whole document (references
+        // between identifiers): a validating parse runs to its end at once.
+        reader->parse(*source);
+        outcome = reader->getErrorCount() > 0 ? 3 : 0;
+        closeParser();
+        return;
+    }
+    handler->setEventPool(&pool);
+    scanning = true;
+    if (!step(true))
+        endScan();
+}
+
+bool ParseSession::step(bool first)
+{
+    try {
+        return first ? reader->parseFirst(*source, token) : reader->parseNext(token);
+    } catch (const xercesc::XMLErrs::Codes &) {
+        // A call-back ended the parse quietly where the scanner does not
+        // catch it (the start of the document): the parse is over.
+        return false;
+    } catch (const xercesc::XMLValid::Codes &) {
+        return false;
+    } catch (const std::bad_alloc &) {
+        outcome = 3;
+        return false;
+    } catch (const xercesc::OutOfMemoryException &) {
+        outcome = 3;
+        return false;
+    } catch (...) {
+        // The scanner let through an exception that the whole-document parse
+        // would have turned into an error event (an entity that ends inside
+        // markup, a source that cannot be opened). The events delivered so
+        // far are the same on both ways; the rest is taken from a parse of
+        // the whole document.
+        restartWhole();
+        return false;
+    }
+}
+
+bool ParseSession::nextIsComplete() const
+{
+    return sentinel.next != nullptr &&
+           (handler == nullptr || sentinel.next != handler->getEventTail());
+}
+
+xd_parse_info *ParseSession::next()
+{
+    while (scanning && !nextIsComplete()) {
+        if (!step(false))
+            endScan();
+    }
+    xd_parse_info *record = sentinel.next;
+    if (record == nullptr)
+        return nullptr;
+    sentinel.next = record->next;
+    if (record->next != nullptr)
+        record->next->prev = &sentinel;
+    record->next = nullptr;
+    record->prev = nullptr;
+    ++delivered;
+    return record;
+}
+
+void ParseSession::endScan()
+{
+    if (!scanning)
+        return;
+    scanning = false;
+    if (outcome == 0 && reader != nullptr && reader->getErrorCount() > 0)
+        outcome = 3;
+    closeParser();  // the text, the parser and its buffers go as soon as possible
+}
+
+void ParseSession::restartWhole()
+{
+    scanning = false;
+    std::string document = handler != nullptr && handler->getMPH() != nullptr
+                               ? std::move(original) : buffer;
+    closeParser();
+    freePending();
+
+    xd_parse_info whole{};
+    const int32_t result = kvt_xe_xmlparse(&whole, document.data(),
+                                           static_cast<uint32_t>(document.size()), flags);
+    outcome = result;
+    xd_parse_info *record = whole.next;
+    for (uint64_t skipped = 0; skipped < delivered && record != nullptr; ++skipped) {
+        xd_parse_info *following = record->next;
+        kvt_xe_xmlparse_delete_info(record);
+        record = following;
+    }
+    sentinel.next = record;
+    if (record != nullptr)
+        record->prev = &sentinel;
+}
+
+void ParseSession::closeParser()
+{
+    if (scanning && reader != nullptr) {
+        try {
+            reader->parseReset(token);
+        } catch (...) {
+            // The reader is deleted next whatever state it is in.
+        }
+        scanning = false;
+    }
+    // The order of the whole-document parse: the input, its buffer, the
+    // handler, the guard (which takes itself off the reader), the reader.
+    source.reset();
+    std::string().swap(buffer);
+    handler.reset();
+    guard.reset();
+    reader.reset();
+    std::string().swap(original);
+}
+
+void ParseSession::freePending()
+{
+    xd_parse_info *record = sentinel.next;
+    sentinel.next = nullptr;
+    while (record != nullptr) {
+        xd_parse_info *following = record->next;
+        release_event(&pool, record);
+        record = following;
+    }
+}
+
+} // namespace cblxml
