@@ -3,6 +3,8 @@
 
 #include <cstdlib>
 
+#include <xercesc/util/XMLString.hpp>
+
 #include "XmlDomHandlers/event_record.h"
 
 namespace cblxml {
@@ -21,6 +23,8 @@ XmlDomHandlers::XmlDomHandlers(const void *document, uint32_t length, void *out,
             constructTreeMode(doc, length, out, errorRecordOut);
         else
             constructEventMode(doc, length, out, flags);
+        asciiTranscoder = transcoder != nullptr &&
+                          xercesc::XMLString::equals(transcoder->getEncodingName(), u"UTF-8");
     } catch (...) {
         // The destructor does not run for a constructor that throws.
         std::free(docText);

@@ -172,6 +172,7 @@ public:
     dm_item_desc idesc{};
 
     EventPool *pool = nullptr;
+    bool asciiTranscoder = false;  // the transcoder writes ASCII as it is (UTF-8)
     bool doctypeSeen = false;  // a DOCUMENT-TYPE-DECLARATION event was made
     std::u16string attrRaw;    // an attribute value as written, reused
     const xercesc::Locator *locator = nullptr;

@@ -22,11 +22,13 @@ xd_parse_info *new_event(const char *name)
 
 void rename_event(xd_parse_info *record, const char *name)
 {
-    size_t n = std::strlen(name);
-    if (n > CBLXML_EVENT_NAME_LEN)
-        n = CBLXML_EVENT_NAME_LEN;
-    std::memset(record->event_name, ' ', CBLXML_EVENT_NAME_LEN);
-    std::memcpy(record->event_name, name, n);
+    // One pass: the name, then spaces to the end of the 30 bytes.
+    char *out = record->event_name;
+    size_t i = 0;
+    for (; i < CBLXML_EVENT_NAME_LEN && name[i] != 0; ++i)
+        out[i] = name[i];
+    for (; i < CBLXML_EVENT_NAME_LEN; ++i)
+        out[i] = ' ';
 }
 
 char *copy_text(const void *bytes, size_t size, size_t width)

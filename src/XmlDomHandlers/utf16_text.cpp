@@ -17,11 +17,9 @@ namespace cblxml {
 XMLCh *XmlDomHandlers::toUtf16(const unsigned char *source, uint32_t &length, bool utf16Flag)
 {
     const size_t room = size_t{length} + 1;
-    // Unused units keep the space-filled pattern of the conversion buffer.
     auto *out = static_cast<XMLCh *>(std::malloc(room * sizeof(XMLCh)));
     if (out == nullptr)
         throw std::bad_alloc();
-    std::memset(out, 0x20, room * sizeof(XMLCh));
     out[length] = 0;
 
     // The parser's UTF-8 transcoder throws at the first malformed byte and
@@ -36,6 +34,9 @@ XMLCh *XmlDomHandlers::toUtf16(const unsigned char *source, uint32_t &length, bo
         // `room` units always hold the whole document. One call converts at
         // most the transcoder's block size: a multibyte transcoder keeps a
         // per-unit table of that size and would write past it otherwise.
+        // Unused units keep the space-filled pattern of the conversion buffer.
+        std::memset(out, 0x20, room * sizeof(XMLCh));
+        out[length] = 0;
         std::unique_ptr<unsigned char[]> sizes(new unsigned char[room]);
         const XMLSize_t block = transcoder->getBlockSize();
         XMLSize_t produced = 0;
@@ -66,11 +67,10 @@ XMLCh *XmlDomHandlers::toUtf16(const unsigned char *source, uint32_t &length, bo
         out[length] = 0;
         return out;
     }
-    // The platform's multibyte conversion: UTF-8.
-    std::u16string wide = platform::utf8_to_utf16(reinterpret_cast<const char *>(source), length);
-    std::memset(out, 0, room * sizeof(XMLCh));
-    size_t units = wide.size() < length ? wide.size() : length;
-    std::memcpy(out, wide.data(), units * sizeof(XMLCh));
+    // The platform's multibyte conversion: UTF-8, straight into the text.
+    const size_t units =
+        platform::utf8_to_utf16_into(reinterpret_cast<const char *>(source), length, out);
+    out[units] = 0;
     length = static_cast<uint32_t>(units);
     return out;
 }

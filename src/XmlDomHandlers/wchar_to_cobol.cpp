@@ -59,6 +59,25 @@ void XmlDomHandlers::WCharToCOBOL1(xercesc::XMLTranscoder *t, const XMLCh *sourc
 
 char *XmlDomHandlers::cobolText(const XMLCh *source, size_t count, int32_t nationalFlag)
 {
+    if (asciiTranscoder && nationalFlag == 0 && mapHandle == nullptr) {
+        // Most texts are plain ASCII, which UTF-8 keeps byte for byte: they
+        // are narrowed directly. Anything else takes the transcoder.
+        char *text = static_cast<char *>(std::malloc(count + 1));
+        if (text == nullptr)
+            throw std::bad_alloc();
+        size_t i = 0;
+        for (; i < count; ++i) {
+            const XMLCh c = source[i];
+            if (c >= 0x80 || c == 0)
+                break;
+            text[i] = static_cast<char>(c);
+        }
+        if (i == count) {
+            text[count] = 0;
+            return text;
+        }
+        std::free(text);
+    }
     const size_t room = cobolTextRoom(count);
     if (scratch.size() < room)
         scratch.resize(room < scratch.size() * 2 ? scratch.size() * 2 : room);

@@ -35,6 +35,9 @@ public:
 // wcstombs do on a 16-bit wchar_t platform): UTF-8 <-> UTF-16. Invalid input
 // becomes U+FFFD / '?' rather than failing.
 std::u16string utf8_to_utf16(const char *text, size_t length);
+// The same into `out`, which has room for `length` units (UTF-8 never takes
+// fewer bytes than UTF-16 units); returns the units written.
+size_t utf8_to_utf16_into(const char *text, size_t length, char16_t *out);
 std::string utf16_to_utf8(const char16_t *text, size_t units);
 
 // Bytes that `utf8` (length bytes, no terminator) takes when stored by

@@ -89,24 +89,34 @@ size_t utf16_units_of_utf8(const char *text, size_t length) {
     return units;
 }
 
-std::u16string utf8_to_utf16(const char *text, size_t length) {
-    std::u16string out;
+size_t utf8_to_utf16_into(const char *text, size_t length, char16_t *out) {
     if (text == nullptr)
-        return out;
-    out.reserve(length);
+        return 0;
     const auto *bytes = reinterpret_cast<const unsigned char *>(text);
+    size_t units = 0;
     for (size_t position = 0; position < length;) {
+        if (bytes[position] < 0x80) {
+            // ASCII, the bulk of most documents, needs no decoding.
+            out[units++] = bytes[position++];
+            continue;
+        }
         char32_t code_point = decode_utf8(bytes, length, position);
         if (code_point == kInvalidCodePoint)
             code_point = kReplacementCharacter;
         if (code_point > 0xFFFF) {
             code_point -= 0x10000;
-            out += static_cast<char16_t>(0xD800 | (code_point >> 10));
-            out += static_cast<char16_t>(0xDC00 | (code_point & 0x3FF));
+            out[units++] = static_cast<char16_t>(0xD800 | (code_point >> 10));
+            out[units++] = static_cast<char16_t>(0xDC00 | (code_point & 0x3FF));
         } else {
-            out += static_cast<char16_t>(code_point);
+            out[units++] = static_cast<char16_t>(code_point);
         }
     }
+    return units;
+}
+
+std::u16string utf8_to_utf16(const char *text, size_t length) {
+    std::u16string out(length, u'\0');
+    out.resize(utf8_to_utf16_into(text, length, out.data()));
     return out;
 }
 

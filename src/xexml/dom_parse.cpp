@@ -79,6 +79,7 @@ int32_t parse_document(const void *document, uint32_t length, void *out,
     const std::string buffer = parse_buffer(handler, document, length);
     xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte *>(buffer.data()),
                                       buffer.size(), "prodInfo", false);
+    source.setCopyBufToStream(false);  // the buffer is private already
     if (handler.getMPH() != nullptr)
         source.setEncoding(u"UTF-8");  // the buffer holds the data map's UTF-8
     reader->parse(source);

@@ -78,6 +78,7 @@ void ParseSession::open(const void *document, uint32_t length)
         original.assign(static_cast<const char *>(document), length);
     source = std::make_unique<xercesc::MemBufInputSource>(
         reinterpret_cast<const XMLByte *>(buffer.data()), buffer.size(), "prodInfo", false);
+    source->setCopyBufToStream(false);  // the buffer is private already
     if (handler->getMPH() != nullptr)
         source->setEncoding(u"UTF-8");  // the buffer holds the data map's UTF-8
 
