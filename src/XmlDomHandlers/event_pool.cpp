@@ -37,8 +37,20 @@ xd_parse_info *EventPool::take(const char *name)
     slot->record = xd_parse_info{};
     slot->record.event_name = slot->name;
     slot->nextFree = nullptr;
-    rename_event(&slot->record, name);
+    std::memcpy(slot->name, padded(name), CBLXML_EVENT_NAME_LEN);
     return &slot->record;
+}
+
+const char *EventPool::padded(const char *name)
+{
+    PaddedName &entry = names[(reinterpret_cast<uintptr_t>(name) >> 3) % kNameCache];
+    if (entry.name != name) {
+        xd_parse_info scratch{};
+        scratch.event_name = entry.padded;
+        rename_event(&scratch, name);
+        entry.name = name;
+    }
+    return entry.padded;
 }
 
 void EventPool::give(xd_parse_info *record)

@@ -7,6 +7,9 @@
 #ifndef CBLXML_XMLDOMHANDLERS_EVENT_POOL_H
 #define CBLXML_XMLDOMHANDLERS_EVENT_POOL_H
 
+#include <cstddef>
+#include <cstdint>
+
 #include "cblxml.h"
 
 namespace cblxml {
@@ -18,7 +21,8 @@ public:
     EventPool(const EventPool &) = delete;
     EventPool &operator=(const EventPool &) = delete;
 
-    // A record named `name`, code 0, no text, no links.
+    // A record named `name`, code 0, no text, no links. The name must not
+    // change while the pool lives (event names are literals).
     xd_parse_info *take(const char *name);
     // Keeps a record of this pool for reuse; its text must already be gone.
     void give(xd_parse_info *record);
@@ -28,7 +32,18 @@ public:
 
 private:
     struct Slot;
+    // The 30-byte form of the names last asked for, by the address of the
+    // name: callers name events with literals, so the padding is worked out
+    // once per name rather than once per event.
+    struct PaddedName {
+        const char *name = nullptr;
+        char padded[CBLXML_EVENT_NAME_LEN];
+    };
+    static constexpr size_t kNameCache = 32;
+    const char *padded(const char *name);
+
     Slot *freeSlots = nullptr;
+    PaddedName names[kNameCache]{};
 };
 
 // Frees a record, its text and its name, whichever way it was built. A

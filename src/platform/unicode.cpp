@@ -95,8 +95,22 @@ size_t utf8_to_utf16_into(const char *text, size_t length, char16_t *out) {
     const auto *bytes = reinterpret_cast<const unsigned char *>(text);
     size_t units = 0;
     for (size_t position = 0; position < length;) {
+        // ASCII, the bulk of most documents, needs no decoding: it is
+        // widened sixteen bytes at a time while no byte has its high bit set.
+        while (position + 16 <= length) {
+            unsigned char any = 0;
+            for (size_t k = 0; k < 16; ++k)
+                any |= bytes[position + k];
+            if (any & 0x80)
+                break;
+            for (size_t k = 0; k < 16; ++k)
+                out[units + k] = bytes[position + k];
+            units += 16;
+            position += 16;
+        }
+        if (position >= length)
+            break;
         if (bytes[position] < 0x80) {
-            // ASCII, the bulk of most documents, needs no decoding.
             out[units++] = bytes[position++];
             continue;
         }
