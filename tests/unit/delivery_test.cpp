@@ -90,6 +90,40 @@ TEST(DeliveryTest, CleanUpCallFreesTheRestAndLeavesTheLastBuffer)
     EXPECT_EQ(std::string(static_cast<char *>(p.text), 1), "a");  // START-OF-ELEMENT a
 }
 
+TEST(DeliveryTest, ChangingTheDocumentDuringTheParseChangesNoEvent)
+{
+    // The parse reads the document as the program asks for events, but from
+    // the copy taken on the first call.
+    const std::string doc = "<r><a k=\"v\">text</a><b>more</b></r>";
+    const std::vector<Event> expected = parse_events(doc);
+    Parse p(doc);
+    std::vector<std::string> got;
+    do {
+        const std::string name = p.next();
+        got.push_back(name + "|" + std::string(static_cast<char *>(p.text ? p.text : p.name),
+                                                p.text ? p.textLength : 0));
+        if (got.size() == 2)
+            std::memset(p.document.data(), 'X', p.document.size());
+    } while (p.state != nullptr && got.size() < 50);
+    ASSERT_EQ(got.size(), expected.size());
+    for (size_t i = 0; i < got.size(); ++i)
+        EXPECT_EQ(got[i], expected[i].name + "|" + expected[i].text) << i;
+}
+
+TEST(DeliveryTest, CleanUpAtEveryPointOfAParse)
+{
+    // Abandoning a parse after any number of events frees all it holds (the
+    // sanitizer build checks that nothing leaks).
+    const std::string doc = "<!DOCTYPE r [<!ENTITY e 'x'>]><r a='&lt;'>&e;<!--c--><?p d?></r>";
+    const size_t total = parse_events(doc).size();
+    for (size_t stop = 1; stop < total; ++stop) {
+        Parse p(doc);
+        for (size_t i = 0; i < stop; ++i)
+            p.next();
+        ASSERT_NE(p.state, nullptr) << stop;
+    }
+}
+
 TEST(DeliveryTest, CodeItemIsBigEndian)
 {
     struct { uint32_t value; unsigned char bytes[4]; } cases[] = {
