@@ -145,8 +145,16 @@ void deliver(void *state, void *textHolder, void *textLength, void *code, char *
         store(state, following);
     } else {
         xd_parse_info *record = session->next();
-        if (record == nullptr)
-            record = closing_record(first ? session->result() : 0);
+        if (record == nullptr) {
+            try {
+                record = closing_record(first ? session->result() : 0);
+            } catch (...) {
+                // The session goes with the failure: the state item must not
+                // keep pointing at it.
+                store<xd_parse_info *>(state, nullptr);
+                throw;
+            }
+        }
         text = hand_over(record, first, document, documentLength, flags, textLength, code,
                          eventName);
         session->release(record);
