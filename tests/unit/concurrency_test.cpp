@@ -47,12 +47,7 @@ std::vector<Job> jobs()
     std::vector<Job> out;
     for (const std::string &text : texts) {
         for (uint32_t options : forms) {
-            std::string document = text;
-            if (options & CBLXML_OPT_NATIONAL)
-                document = cblxml_test::national(text);
-            else if (options & CBLXML_OPT_EBCDIC_DATA)
-                document = cblxml_test::ebcdic(text);
-            out.push_back({document, options});
+            out.push_back({cblxml_test::in_form(text, options), options});
         }
     }
     return out;

@@ -181,12 +181,7 @@ TEST(DifferentialTest, HandWrittenDocumentsInEveryForm)
                               CBLXML_OPT_VALIDATE_ONLY};
     for (const char *text : kDocuments) {
         for (uint32_t options : forms) {
-            std::string document = text;
-            if (options & CBLXML_OPT_NATIONAL)
-                document = cblxml_test::national(text);
-            else if (options & CBLXML_OPT_EBCDIC_DATA)
-                document = cblxml_test::ebcdic(text);
-            EXPECT_EQ(difference(document, options), "")
+            EXPECT_EQ(difference(cblxml_test::in_form(text, options), options), "")
                 << "options " << options << ", document: " << text;
         }
     }

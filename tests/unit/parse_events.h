@@ -123,6 +123,17 @@ inline std::string ebcdic(const std::string &utf8)
     return out;
 }
 
+// The document as a program with option word `options` holds it: national
+// (UTF-16) or EBCDIC data, else as it is.
+inline std::string in_form(const std::string &utf8, uint32_t options)
+{
+    if (options & CBLXML_OPT_NATIONAL)
+        return national(utf8);
+    if (options & CBLXML_OPT_EBCDIC_DATA)
+        return ebcdic(utf8);
+    return utf8;
+}
+
 // Event list as "NAME|code|text" strings, texts shown as given by `show`.
 using Lines = std::vector<std::string>;
 
