@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "XmlDomHandlers/event_record.h"
+#include "XmlParseErr/pending_record.h"
 #include "xexml/parse_session.h"
 #include "xmlioint/text_length.h"
 
@@ -63,15 +64,6 @@ template <typename T> void store(void *item, T value)
         std::memcpy(item, &value, sizeof value);
 }
 
-void free_list(xd_parse_info *record)
-{
-    while (record != nullptr) {
-        xd_parse_info *next = record->next;
-        kvt_xe_xmlparse_delete_info(record);
-        record = next;
-    }
-}
-
 // Writes the record's name, text length and code into the program's items
 // and returns the text buffer for the program. The record's own text is
 // handed over: it holds exactly the text, and its terminator lies beyond the
@@ -111,7 +103,7 @@ void deliver(void *state, void *textHolder, void *textLength, void *code, char *
         if (ParseSession *session = ParseSession::fromAnchor(head))
             delete session;
         else
-            free_list(head);
+            EventChainDeleter()(head);
         store<xd_parse_info *>(state, nullptr);
         return;
     }
