@@ -3,6 +3,7 @@
 // converter and never let an exception reach the caller.
 #include <cstring>
 #include <limits>
+#include <new>
 #include <strings.h>
 
 #include "platform/datamap.h"
@@ -111,6 +112,17 @@ extern "C" CBLXML_API void DMTerm(void *handle) { delete static_cast<DataMap *>(
 extern "C" CBLXML_API int32_t DMGetCblData(void *handle, const dm_item_desc *desc,
                                            const void *item, int32_t form, void *text,
                                            uint32_t *text_length) {
+    try {
+        return cblxml::platform::get_cbl_data(handle, desc, item, form, text, text_length);
+    } catch (...) {
+        if (text_length != nullptr)
+            *text_length = 0;
+        return 1;
+    }
+}
+
+int32_t cblxml::platform::get_cbl_data(void *handle, const dm_item_desc *desc, const void *item,
+                                       int32_t form, void *text, uint32_t *text_length) {
     if (text_length == nullptr)
         return 1;
     if (handle == nullptr || desc == nullptr || text == nullptr ||
@@ -133,6 +145,8 @@ extern "C" CBLXML_API int32_t DMGetCblData(void *handle, const dm_item_desc *des
             return 1;
         }
         return cblxml::platform::deliver(converted, form, text, text_length);
+    } catch (const std::bad_alloc &) {
+        throw;
     } catch (...) {
         *text_length = 0;
         return 1;

@@ -12,6 +12,7 @@
 #include "XmlDomHandlers/XmlDomHandlers.h"
 #include "xexml/entity_guard.h"
 #include "xexml/error_reader.h"
+#include "xexml/parse_memory.h"
 #include "xexml/reader_setup.h"
 #include "platform/platform.h"
 #include "xexml/parser_init.h"
@@ -67,7 +68,8 @@ int32_t parse_document(const void *document, uint32_t length, void *out,
         return 1;
     if (document == nullptr)
         length = 0;
-    auto reader = std::make_unique<ErrorRecordingReader>();
+    ParseMemory memory;  // declared first: it goes after everything that uses it
+    auto reader = std::make_unique<ErrorRecordingReader>(&memory);
     set_features(*reader, flags);
     EntityGuard guard(*reader, flags);  // no external fetches, bounded entities
 
@@ -78,7 +80,7 @@ int32_t parse_document(const void *document, uint32_t length, void *out,
 
     const std::string buffer = parse_buffer(handler, document, length);
     xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte *>(buffer.data()),
-                                      buffer.size(), "prodInfo", false);
+                                      buffer.size(), "prodInfo", false, &memory);
     source.setCopyBufToStream(false);  // the buffer is private already
     if (handler.getMPH() != nullptr)
         source.setEncoding(u"UTF-8");  // the buffer holds the data map's UTF-8
