@@ -168,7 +168,13 @@ void XmlDomHandlers::buildDocText(const unsigned char *doc, uint32_t length, voi
         docTextLen = workLen;
         return;
     }
-    bool replaced = examineDeclaration(work, workLen, detected, doc, length, flags);
+    bool replaced = false;
+    try {
+        replaced = examineDeclaration(work, workLen, detected, doc, length, flags);
+    } catch (...) {
+        std::free(work);  // not yet the handler's
+        throw;
+    }
     if (sawErrors) {
         std::free(work);
         return;
@@ -210,6 +216,7 @@ bool XmlDomHandlers::examineDeclaration(XMLCh *work, uint32_t workLen, std::u16s
         if (!name.canonical.empty() && name.canonical != detected &&
             name.canonical != u"UTF-16" && name.canonical != u"UCS-4") {
             delete transcoder;
+            transcoder = nullptr;  // the next one may not be made
             xercesc::XMLTransService::Codes res;
             transcoder = is_transcoder_name(name.canonical)
                              ? xercesc::XMLPlatformUtils::fgTransService->makeNewTranscoderFor(

@@ -75,6 +75,8 @@ uint32_t dm_stored_size(void *handle, const dm_item_desc *desc, const char *utf8
         const size_t size = converter->stored_size(view, std::string_view(utf8, length));
         return size > std::numeric_limits<uint32_t>::max() ? std::numeric_limits<uint32_t>::max()
                                                            : static_cast<uint32_t>(size);
+    } catch (const std::bad_alloc &) {
+        throw;
     } catch (...) {
         return 0;
     }
@@ -156,6 +158,15 @@ int32_t cblxml::platform::get_cbl_data(void *handle, const dm_item_desc *desc, c
 extern "C" CBLXML_API int32_t DMSetCblData(void *handle, const dm_item_desc *desc, void *item,
                                            int32_t form, const void *text,
                                            uint32_t text_length) {
+    try {
+        return cblxml::platform::set_cbl_data(handle, desc, item, form, text, text_length);
+    } catch (...) {
+        return 1;  // the item was cleared
+    }
+}
+
+int32_t cblxml::platform::set_cbl_data(void *handle, const dm_item_desc *desc, void *item,
+                                       int32_t form, const void *text, uint32_t text_length) {
     if (handle == nullptr || desc == nullptr || (item == nullptr && desc->length != 0))
         return 1;
     const ItemConverter *converter = cblxml::platform::find_item_converter(*desc);
@@ -177,10 +188,19 @@ extern "C" CBLXML_API int32_t DMSetCblData(void *handle, const dm_item_desc *des
         converter->clear(view, bytes);
         return 1;
     } catch (...) {
+        bool outOfMemory = false;
+        try {
+            throw;
+        } catch (const std::bad_alloc &) {
+            outOfMemory = true;
+        } catch (...) {
+        }
         try {
             converter->clear(view, bytes);
         } catch (...) {
         }
+        if (outOfMemory)
+            throw std::bad_alloc();
         return 1;
     }
 }
