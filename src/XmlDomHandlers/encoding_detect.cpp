@@ -141,7 +141,8 @@ void XmlDomHandlers::buildDocText(const unsigned char *doc, uint32_t length, voi
         // code page, 3 per 2 bytes of UTF-16, plus the terminator.
         uint32_t converted = platform::utf8_room(length);
         std::string utf8(converted, '\0');
-        if (platform::get_cbl_data(mapHandle, &idesc, doc, DM_FORM_UTF8, utf8.data(), &converted) != 0)
+        if (platform::get_cbl_data(mapHandle, &idesc, doc, DM_FORM_UTF8, utf8.data(),
+                                   &converted) != 0)
             converted = 0;
         if (converted > 0)
             --converted;  // the data map counts its terminator

@@ -5,7 +5,6 @@
 #include <cstdlib>
 
 #include <xercesc/util/OutOfMemoryException.hpp>
-#include <xercesc/util/PlatformUtils.hpp>
 
 namespace cblxml {
 
@@ -52,11 +51,6 @@ void ParseMemory::deallocate(void *block)
     if (header->next != nullptr)
         header->next->prev = header->prev;
     std::free(header);
-}
-
-xercesc::MemoryManager *ParseMemory::getExceptionMemoryManager()
-{
-    return xercesc::XMLPlatformUtils::fgMemoryManager;
 }
 
 } // namespace cblxml

@@ -22,9 +22,10 @@ public:
     // Throws the parser's OutOfMemoryException when no block is to be had.
     void *allocate(XMLSize_t size) override;
     void deallocate(void *block) override;
-    // Exceptions may outlive the parse: their text comes from the process's
-    // manager.
-    xercesc::MemoryManager *getExceptionMemoryManager() override;
+    // The parser's exceptions take their memory here too: one that runs out
+    // of it while being built leaves its first blocks behind. They must not
+    // outlive the manager.
+    xercesc::MemoryManager *getExceptionMemoryManager() override { return this; }
 
 private:
     struct Header;

@@ -59,8 +59,8 @@ std::unique_ptr<ParseSession> ParseSession::start(const void *document, uint32_t
     } catch (const xercesc::OutOfMemoryException &) {
         session->stopForMemory();
     } catch (...) {
-        // Out of memory or an unexpected parser failure while starting: the
-        // events made so far stay, and the parse counts as failed.
+        // An unexpected parser failure while starting: the events made so
+        // far stay, and the parse counts as failed.
         session->outcome = 3;
         session->scanning = false;
         session->closeParser();
@@ -89,7 +89,8 @@ void ParseSession::open(const void *document, uint32_t length)
     if (handler->getMPH() != nullptr)
         original.assign(static_cast<const char *>(document), length);
     source = std::make_unique<xercesc::MemBufInputSource>(
-        reinterpret_cast<const XMLByte *>(buffer.data()), buffer.size(), "prodInfo", false, &memory);
+        reinterpret_cast<const XMLByte *>(buffer.data()), buffer.size(), "prodInfo", false,
+        &memory);
     source->setCopyBufToStream(false);  // the buffer is private already
     if (handler->getMPH() != nullptr)
         source->setEncoding(u"UTF-8");  // the buffer holds the data map's UTF-8
@@ -201,9 +202,15 @@ void ParseSession::restartWhole()
     freePending();
 
     xd_parse_info whole{};
-    const int32_t result = kvt_xe_xmlparse(&whole, document.data(),
-                                           static_cast<uint32_t>(document.size()), flags);
-    outcome = result;
+    try {
+        outcome = parse_whole_events(&whole, document.data(),
+                                     static_cast<uint32_t>(document.size()), flags);
+    } catch (const std::bad_alloc &) {
+        EventChainDeleter()(whole.next);  // the events from here on are not whole
+        failed = true;
+        outcome = 3;
+        return;
+    }
     xd_parse_info *record = whole.next;
     for (uint64_t skipped = 0; skipped < delivered && record != nullptr; ++skipped) {
         xd_parse_info *following = record->next;

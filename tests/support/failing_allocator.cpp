@@ -89,8 +89,8 @@ void *operator new(size_t size)
     throw std::bad_alloc();
 }
 void *operator new[](size_t size) { return operator new(size); }
-void *operator new(size_t size, const std::nothrow_t &) noexcept { return malloc(size ? size : 1); }
-void *operator new[](size_t size, const std::nothrow_t &) noexcept { return malloc(size ? size : 1); }
+void *operator new(size_t size, const std::nothrow_t &) noexcept { return malloc(size + !size); }
+void *operator new[](size_t size, const std::nothrow_t &) noexcept { return malloc(size + !size); }
 void operator delete(void *block) noexcept { free(block); }
 void operator delete[](void *block) noexcept { free(block); }
 void operator delete(void *block, size_t) noexcept { free(block); }
