@@ -133,7 +133,10 @@ void XmlDomHandlers::charactersTree(const XMLCh *chars, size_t units)
     xd_dom_node_t *node = nullptr;
     // Blank text between elements makes no node: the constructor says 1.
     int rc = kvt_xe_xml_dom_text_node(treeDocument, &node, bytes, static_cast<uint32_t>(size), 0);
+    const bool lost = rc != 0 && !dom_text_is_blank(bytes, static_cast<uint32_t>(size));
     std::free(bytes);
+    if (lost)
+        throw std::bad_alloc();  // the tree must not lack the text
     if (rc == 0)
         appendToCurrent(node);
 }

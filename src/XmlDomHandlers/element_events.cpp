@@ -3,6 +3,8 @@
 // references inside them reach the program as events of their own.
 #include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <new>
 #include <string>
 #include <string_view>
 
@@ -14,6 +16,12 @@
 
 namespace cblxml {
 namespace {
+
+// A converted text until a node has copied it.
+struct FreeText {
+    void operator()(char *text) const { std::free(text); }
+};
+using CText = std::unique_ptr<char, FreeText>;
 
 // The one character that a predefined entity reference stands for, decided
 // by its first letter (and the second after "a") and nothing more; 0 for an
@@ -143,8 +151,11 @@ void XmlDomHandlers::startElementTree(const XMLCh *uri, const XMLCh *localname,
     xd_dom_node_t *element = nullptr;
     try {
         ns = cobolText(uri, unit_length(uri), 0);
-        if (kvt_xe_xml_dom_element_node(treeDocument, &element, name, ns) != 0)
+        if (kvt_xe_xml_dom_element_node(treeDocument, &element, name, ns) != 0) {
             element = nullptr;
+            if (treeDocument != nullptr)
+                throw std::bad_alloc();  // the tree must not lack the element
+        }
     } catch (...) {
         std::free(name);
         std::free(ns);
@@ -159,16 +170,15 @@ void XmlDomHandlers::startElementTree(const XMLCh *uri, const XMLCh *localname,
             const XMLCh *attrLocal = attrs.getLocalName(i);
             const XMLCh *attrUri = attrs.getURI(i);
             const XMLCh *attrValue = attrs.getValue(i);
-            char *aName = cobolText(attrLocal, unit_length(attrLocal), 0);
-            char *aUri = cobolText(attrUri, unit_length(attrUri), 0);
-            char *aValue = cobolText(attrValue, unit_length(attrValue), 0);
+            const CText aName(cobolText(attrLocal, unit_length(attrLocal), 0));
+            const CText aUri(cobolText(attrUri, unit_length(attrUri), 0));
+            const CText aValue(cobolText(attrValue, unit_length(attrValue), 0));
             xd_dom_node_t *attr = nullptr;
-            if (kvt_xe_xml_dom_attr_node(treeDocument, &attr, aName, aUri, aValue) == 0 &&
-                !dom_append_child(element, attr))
+            if (kvt_xe_xml_dom_attr_node(treeDocument, &attr, aName.get(), aUri.get(),
+                                         aValue.get()) != 0)
+                throw std::bad_alloc();  // the tree must not lack the attribute
+            if (!dom_append_child(element, attr))
                 kvt_xe_xml_dom_free_node(attr, 0);
-            std::free(aName);
-            std::free(aUri);
-            std::free(aValue);
         }
     } catch (...) {
         kvt_xe_xml_dom_free_node(element, 0);

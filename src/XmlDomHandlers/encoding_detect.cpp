@@ -141,7 +141,8 @@ void XmlDomHandlers::buildDocText(const unsigned char *doc, uint32_t length, voi
         // code page, 3 per 2 bytes of UTF-16, plus the terminator.
         uint32_t converted = platform::utf8_room(length);
         std::string utf8(converted, '\0');
-        if (DMGetCblData(mapHandle, &idesc, doc, DM_FORM_UTF8, utf8.data(), &converted) != 0)
+        if (platform::get_cbl_data(mapHandle, &idesc, doc, DM_FORM_UTF8, utf8.data(),
+                                   &converted) != 0)
             converted = 0;
         if (converted > 0)
             --converted;  // the data map counts its terminator
@@ -168,7 +169,13 @@ void XmlDomHandlers::buildDocText(const unsigned char *doc, uint32_t length, voi
         docTextLen = workLen;
         return;
     }
-    bool replaced = examineDeclaration(work, workLen, detected, doc, length, flags);
+    bool replaced = false;
+    try {
+        replaced = examineDeclaration(work, workLen, detected, doc, length, flags);
+    } catch (...) {
+        std::free(work);  // not yet the handler's
+        throw;
+    }
     if (sawErrors) {
         std::free(work);
         return;
@@ -210,6 +217,7 @@ bool XmlDomHandlers::examineDeclaration(XMLCh *work, uint32_t workLen, std::u16s
         if (!name.canonical.empty() && name.canonical != detected &&
             name.canonical != u"UTF-16" && name.canonical != u"UCS-4") {
             delete transcoder;
+            transcoder = nullptr;  // the next one may not be made
             xercesc::XMLTransService::Codes res;
             transcoder = is_transcoder_name(name.canonical)
                              ? xercesc::XMLPlatformUtils::fgTransService->makeNewTranscoderFor(

@@ -1,6 +1,7 @@
 // Document type declaration, processing instruction, comment and CDATA
 // call-backs.
 #include <cstdlib>
+#include <new>
 #include <string>
 
 #include <xercesc/framework/XMLErrorCodes.hpp>
@@ -110,7 +111,7 @@ void XmlDomHandlers::appendTreePi(const XMLCh *target, size_t targetLen, const X
     if (kvt_xe_xml_dom_pi_node(treeDocument, &node, targetText, dataText) != 0) {
         std::free(targetText);
         std::free(dataText);
-        return;
+        throw std::bad_alloc();  // the tree must not lack the instruction
     }
     appendToCurrent(node);
 }

@@ -2,6 +2,7 @@
 // record cleared, and the document's encoding read from its declaration.
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <string>
 
 #include <xercesc/util/PlatformUtils.hpp>
@@ -57,7 +58,7 @@ void XmlDomHandlers::constructTreeMode(const unsigned char *doc, uint32_t length
     if (out != nullptr) {
         auto **tree = static_cast<xd_dom_node_t **>(out);
         if (kvt_xe_xml_dom_doc_node(&treeDocument) != 0)
-            treeDocument = nullptr;
+            throw std::bad_alloc();  // no tree to build on
         *tree = treeDocument;
         treeCurrent = treeDocument;
     }

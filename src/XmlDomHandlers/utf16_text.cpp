@@ -37,7 +37,11 @@ XMLCh *XmlDomHandlers::toUtf16(const unsigned char *source, uint32_t &length, bo
         // Unused units keep the space-filled pattern of the conversion buffer.
         std::memset(out, 0x20, room * sizeof(XMLCh));
         out[length] = 0;
-        std::unique_ptr<unsigned char[]> sizes(new unsigned char[room]);
+        std::unique_ptr<unsigned char[]> sizes(new (std::nothrow) unsigned char[room]);
+        if (sizes == nullptr) {
+            std::free(out);
+            throw std::bad_alloc();
+        }
         const XMLSize_t block = transcoder->getBlockSize();
         XMLSize_t produced = 0;
         XMLSize_t eaten = 0;
@@ -56,6 +60,9 @@ XMLCh *XmlDomHandlers::toUtf16(const unsigned char *source, uint32_t &length, bo
         } catch (const xercesc::XMLException &) {
             // Malformed input: the text ends where the conversion stopped; the
             // parser reports the document error itself.
+        } catch (...) {
+            std::free(out);  // out of memory inside the transcoder
+            throw;
         }
         out[produced] = 0;
         length = static_cast<uint32_t>(produced);

@@ -35,8 +35,8 @@ void XmlDomHandlers::WCharToCOBOL1(xercesc::XMLTranscoder *t, const XMLCh *sourc
                                                utf8.data(), static_cast<uint32_t>(utf8.size()));
         if (item.length > limit)
             item.length = static_cast<uint32_t>(limit);
-        DMSetCblData(mapHandle, &item, out, DM_FORM_UTF8, utf8.data(),
-                     static_cast<uint32_t>(utf8.size()));
+        platform::set_cbl_data(mapHandle, &item, out, DM_FORM_UTF8, utf8.data(),
+                               static_cast<uint32_t>(utf8.size()));
         return;
     }
     if (t != nullptr) {

@@ -200,7 +200,14 @@ std::unique_ptr<CodePage> open_ebcdic_code_page(const std::string &name) {
             iconv_close(to_page);
             continue;
         }
-        auto page = std::make_unique<IconvCodePage>(to_page, from_page);
+        std::unique_ptr<IconvCodePage> page;
+        try {
+            page = std::make_unique<IconvCodePage>(to_page, from_page);
+        } catch (...) {
+            iconv_close(to_page);  // the page would have closed them
+            iconv_close(from_page);
+            throw;
+        }
         if (page->learn_ascii())
             return page;
         return nullptr;

@@ -3,6 +3,7 @@
 // converter and never let an exception reach the caller.
 #include <cstring>
 #include <limits>
+#include <new>
 #include <strings.h>
 
 #include "platform/datamap.h"
@@ -74,6 +75,8 @@ uint32_t dm_stored_size(void *handle, const dm_item_desc *desc, const char *utf8
         const size_t size = converter->stored_size(view, std::string_view(utf8, length));
         return size > std::numeric_limits<uint32_t>::max() ? std::numeric_limits<uint32_t>::max()
                                                            : static_cast<uint32_t>(size);
+    } catch (const std::bad_alloc &) {
+        throw;
     } catch (...) {
         return 0;
     }
@@ -111,6 +114,17 @@ extern "C" CBLXML_API void DMTerm(void *handle) { delete static_cast<DataMap *>(
 extern "C" CBLXML_API int32_t DMGetCblData(void *handle, const dm_item_desc *desc,
                                            const void *item, int32_t form, void *text,
                                            uint32_t *text_length) {
+    try {
+        return cblxml::platform::get_cbl_data(handle, desc, item, form, text, text_length);
+    } catch (...) {
+        if (text_length != nullptr)
+            *text_length = 0;
+        return 1;
+    }
+}
+
+int32_t cblxml::platform::get_cbl_data(void *handle, const dm_item_desc *desc, const void *item,
+                                       int32_t form, void *text, uint32_t *text_length) {
     if (text_length == nullptr)
         return 1;
     if (handle == nullptr || desc == nullptr || text == nullptr ||
@@ -133,6 +147,8 @@ extern "C" CBLXML_API int32_t DMGetCblData(void *handle, const dm_item_desc *des
             return 1;
         }
         return cblxml::platform::deliver(converted, form, text, text_length);
+    } catch (const std::bad_alloc &) {
+        throw;
     } catch (...) {
         *text_length = 0;
         return 1;
@@ -142,6 +158,15 @@ extern "C" CBLXML_API int32_t DMGetCblData(void *handle, const dm_item_desc *des
 extern "C" CBLXML_API int32_t DMSetCblData(void *handle, const dm_item_desc *desc, void *item,
                                            int32_t form, const void *text,
                                            uint32_t text_length) {
+    try {
+        return cblxml::platform::set_cbl_data(handle, desc, item, form, text, text_length);
+    } catch (...) {
+        return 1;  // the item was cleared
+    }
+}
+
+int32_t cblxml::platform::set_cbl_data(void *handle, const dm_item_desc *desc, void *item,
+                                       int32_t form, const void *text, uint32_t text_length) {
     if (handle == nullptr || desc == nullptr || (item == nullptr && desc->length != 0))
         return 1;
     const ItemConverter *converter = cblxml::platform::find_item_converter(*desc);
@@ -163,10 +188,19 @@ extern "C" CBLXML_API int32_t DMSetCblData(void *handle, const dm_item_desc *des
         converter->clear(view, bytes);
         return 1;
     } catch (...) {
+        bool outOfMemory = false;
+        try {
+            throw;
+        } catch (const std::bad_alloc &) {
+            outOfMemory = true;
+        } catch (...) {
+        }
         try {
             converter->clear(view, bytes);
         } catch (...) {
         }
+        if (outOfMemory)
+            throw std::bad_alloc();
         return 1;
     }
 }

@@ -40,10 +40,19 @@ std::u16string utf8_to_utf16(const char *text, size_t length);
 size_t utf8_to_utf16_into(const char *text, size_t length, char16_t *out);
 std::string utf16_to_utf8(const char16_t *text, size_t units);
 
+// DMGetCblData for the library's own callers, which must tell a conversion
+// that fails from memory that runs out: the latter throws std::bad_alloc.
+int32_t get_cbl_data(void *handle, const dm_item_desc *desc, const void *item, int32_t form,
+                     void *text, uint32_t *text_length);
+// DMSetCblData the same way (the item is cleared before the throw).
+int32_t set_cbl_data(void *handle, const dm_item_desc *desc, void *item, int32_t form,
+                     const void *text, uint32_t text_length);
+
 // Bytes that `utf8` (length bytes, no terminator) takes when stored by
 // DMSetCblData into an item of desc's class on this handle: its code page for
 // alphanumeric classes, 2 per UTF-16 unit for national. Lets callers size an
-// item to the exact text so that nothing is padded or cut.
+// item to the exact text so that nothing is padded or cut. Running out of
+// memory throws std::bad_alloc.
 uint32_t dm_stored_size(void *handle, const dm_item_desc *desc, const char *utf8,
                         uint32_t length);
 

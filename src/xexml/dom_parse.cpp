@@ -3,15 +3,18 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <string>
 
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/framework/XMLErrorCodes.hpp>
 #include <xercesc/sax2/XMLReaderFactory.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
 
 #include "XmlDomHandlers/XmlDomHandlers.h"
 #include "xexml/entity_guard.h"
 #include "xexml/error_reader.h"
+#include "xexml/parse_memory.h"
 #include "xexml/reader_setup.h"
 #include "platform/platform.h"
 #include "xexml/parser_init.h"
@@ -60,14 +63,15 @@ int32_t tree_failure_result(const xd_dom_parse_err_t *record, void *out)
     }
 }
 
-int32_t parse_document(const void *document, uint32_t length, void *out,
+// `memory` outlives the parse and whatever the parse throws.
+int32_t parse_document(ParseMemory &memory, const void *document, uint32_t length, void *out,
                        xd_dom_parse_err_t **errorRecord, uint32_t flags)
 {
     if (!ensure_parser_initialised())
         return 1;
     if (document == nullptr)
         length = 0;
-    auto reader = std::make_unique<ErrorRecordingReader>();
+    auto reader = std::make_unique<ErrorRecordingReader>(&memory);
     set_features(*reader, flags);
     EntityGuard guard(*reader, flags);  // no external fetches, bounded entities
 
@@ -78,7 +82,7 @@ int32_t parse_document(const void *document, uint32_t length, void *out,
 
     const std::string buffer = parse_buffer(handler, document, length);
     xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte *>(buffer.data()),
-                                      buffer.size(), "prodInfo", false);
+                                      buffer.size(), "prodInfo", false, &memory);
     source.setCopyBufToStream(false);  // the buffer is private already
     if (handler.getMPH() != nullptr)
         source.setEncoding(u"UTF-8");  // the buffer holds the data map's UTF-8
@@ -92,13 +96,31 @@ int32_t parse_document(const void *document, uint32_t length, void *out,
 
 } // namespace
 
+int32_t parse_whole_events(xd_parse_info *sentinel, const void *document, uint32_t length,
+                           uint32_t flags)
+{
+    xd_parse_info *head = sentinel;
+    ParseMemory memory;
+    try {
+        return parse_document(memory, document, length, &head, nullptr,
+                              flags & ~static_cast<uint32_t>(CBLXML_OPT_TREE));
+    } catch (const std::bad_alloc &) {
+        throw;
+    } catch (const xercesc::OutOfMemoryException &) {
+        throw std::bad_alloc();
+    } catch (...) {
+        return 3;  // as kvt_xe_xml_dom_parse
+    }
+}
+
 } // namespace cblxml
 
 extern "C" int32_t kvt_xe_xml_dom_parse(const void *document, uint32_t length, void *out,
                                         xd_dom_parse_err_t **errorRecord, uint32_t flags)
 {
+    cblxml::ParseMemory memory;
     try {
-        return cblxml::parse_document(document, length, out, errorRecord, flags);
+        return cblxml::parse_document(memory, document, length, out, errorRecord, flags);
     } catch (...) {
         // Out of memory or an unexpected parser failure: what was built so far
         // stays with the caller, and the parse counts as failed.

@@ -11,6 +11,12 @@ namespace cblxml {
 
 class ErrorRecordingReader : public xercesc::SAX2XMLReaderImpl {
 public:
+    // The reader takes its memory from `memory`, which must outlive it.
+    explicit ErrorRecordingReader(xercesc::MemoryManager *memory)
+        : xercesc::SAX2XMLReaderImpl(memory)
+    {
+    }
+
     const ParserError *lastError() const { return &last; }
 
     // Only called while an error handler is registered.

@@ -7,6 +7,9 @@
 #include <xercesc/framework/XMLValidityCodes.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 
+#include "XmlDomHandlers/event_record.h"
+#include "XmlParseErr/pending_record.h"
+#include "XmlParseErr/perr_codes.h"
 #include "xexml/parser_init.h"
 #include "xexml/reader_setup.h"
 
@@ -30,6 +33,7 @@ ParseSession::~ParseSession()
 {
     closeParser();
     freePending();
+    kvt_xe_xmlparse_delete_info(outOfMemory);
 }
 
 ParseSession *ParseSession::fromAnchor(xd_parse_info *record)
@@ -44,11 +48,19 @@ std::unique_ptr<ParseSession> ParseSession::start(const void *document, uint32_t
                                                   uint32_t flags)
 {
     std::unique_ptr<ParseSession> session(new ParseSession(flags));
+    PendingRecord prepared(new_event("EXCEPTION"));
+    prepared->code = kUnclassifiedCode;
+    prepared->text = copy_text(nullptr, 0, 2);
+    session->outOfMemory = prepared.release();
     try {
         session->open(document, length);
+    } catch (const std::bad_alloc &) {
+        session->stopForMemory();
+    } catch (const xercesc::OutOfMemoryException &) {
+        session->stopForMemory();
     } catch (...) {
-        // Out of memory or an unexpected parser failure while starting: the
-        // events made so far stay, and the parse counts as failed.
+        // An unexpected parser failure while starting: the events made so
+        // far stay, and the parse counts as failed.
         session->outcome = 3;
         session->scanning = false;
         session->closeParser();
@@ -64,7 +76,7 @@ void ParseSession::open(const void *document, uint32_t length)
     }
     if (document == nullptr)
         length = 0;
-    reader = std::make_unique<ErrorRecordingReader>();
+    reader = std::make_unique<ErrorRecordingReader>(&memory);
     set_features(*reader, flags);
     guard = std::make_unique<EntityGuard>(*reader, flags);  // no external fetches
     handler = std::make_unique<XmlDomHandlers>(document, length, &listHead, nullptr, flags);
@@ -77,7 +89,8 @@ void ParseSession::open(const void *document, uint32_t length)
     if (handler->getMPH() != nullptr)
         original.assign(static_cast<const char *>(document), length);
     source = std::make_unique<xercesc::MemBufInputSource>(
-        reinterpret_cast<const XMLByte *>(buffer.data()), buffer.size(), "prodInfo", false);
+        reinterpret_cast<const XMLByte *>(buffer.data()), buffer.size(), "prodInfo", false,
+        &memory);
     source->setCopyBufToStream(false);  // the buffer is private already
     if (handler->getMPH() != nullptr)
         source->setEncoding(u"UTF-8");  // the buffer holds the data map's UTF-8
@@ -107,10 +120,10 @@ bool ParseSession::step(bool first)
     } catch (const xercesc::XMLValid::Codes &) {
         return false;
     } catch (const std::bad_alloc &) {
-        outcome = 3;
+        stopForMemory();
         return false;
     } catch (const xercesc::OutOfMemoryException &) {
-        outcome = 3;
+        stopForMemory();
         return false;
     } catch (...) {
         // The scanner let through an exception that the whole-document parse
@@ -137,7 +150,7 @@ xd_parse_info *ParseSession::next()
     }
     xd_parse_info *record = sentinel.next;
     if (record == nullptr)
-        return nullptr;
+        return failed ? failure() : nullptr;
     sentinel.next = record->next;
     if (record->next != nullptr)
         record->next->prev = &sentinel;
@@ -145,6 +158,29 @@ xd_parse_info *ParseSession::next()
     record->prev = nullptr;
     ++delivered;
     return record;
+}
+
+xd_parse_info *ParseSession::failure()
+{
+    failed = true;
+    outcome = 3;
+    closeParser();
+    freePending();
+    xd_parse_info *record = outOfMemory;
+    outOfMemory = nullptr;
+    return record;
+}
+
+void ParseSession::stopForMemory()
+{
+    failed = true;
+    outcome = 3;
+    xd_parse_info *tail = handler != nullptr ? handler->getEventTail() : nullptr;
+    if (tail != nullptr && tail != &sentinel && tail->prev != nullptr) {
+        tail->prev->next = nullptr;
+        release_event(&pool, tail);
+    }
+    closeParser();
 }
 
 void ParseSession::endScan()
@@ -166,9 +202,15 @@ void ParseSession::restartWhole()
     freePending();
 
     xd_parse_info whole{};
-    const int32_t result = kvt_xe_xmlparse(&whole, document.data(),
-                                           static_cast<uint32_t>(document.size()), flags);
-    outcome = result;
+    try {
+        outcome = parse_whole_events(&whole, document.data(),
+                                     static_cast<uint32_t>(document.size()), flags);
+    } catch (const std::bad_alloc &) {
+        EventChainDeleter()(whole.next);  // the events from here on are not whole
+        failed = true;
+        outcome = 3;
+        return;
+    }
     xd_parse_info *record = whole.next;
     for (uint64_t skipped = 0; skipped < delivered && record != nullptr; ++skipped) {
         xd_parse_info *following = record->next;

@@ -17,6 +17,7 @@
 #include "XmlDomHandlers/event_pool.h"
 #include "xexml/entity_guard.h"
 #include "xexml/error_reader.h"
+#include "xexml/parse_memory.h"
 
 namespace cblxml {
 
@@ -46,7 +47,15 @@ public:
     // Frees an event that next() handed out.
     void release(xd_parse_info *record) { release_event(&pool, record); }
     // True when next() has nothing more to give.
-    bool exhausted() const { return !scanning && sentinel.next == nullptr; }
+    bool exhausted() const
+    {
+        return !scanning && sentinel.next == nullptr && (!failed || outOfMemory == nullptr);
+    }
+    // Ends the parse for want of memory: the events not yet delivered go,
+    // and the EXCEPTION 201 made when the parse started is returned (to be
+    // freed by release); null when it was handed out already. Allocates
+    // nothing.
+    xd_parse_info *failure();
     // What the whole-document parse would have returned: 0 success, 1 the
     // parser could not be initialised, 3 a failed parse.
     int32_t result() const { return outcome; }
@@ -66,12 +75,20 @@ private:
     void restartWhole();
     void closeParser();
     void freePending();
+    // Out of memory during a step: the parse stops, the latest event goes
+    // (the call-backs may not have finished it), those before it stay.
+    void stopForMemory();
 
     Anchor anchorSlot{};
     const uint32_t flags;
     xd_parse_info sentinel{};  // heads the list the handler appends to
+    // The event that tells of an allocation failure: made first, so that
+    // delivering it needs no memory.
+    xd_parse_info *outOfMemory = nullptr;
+    bool failed = false;
     xd_parse_info *listHead = &sentinel;
     EventPool pool;
+    ParseMemory memory;  // before the reader: it outlives the parser's objects
     std::unique_ptr<ErrorRecordingReader> reader;
     std::unique_ptr<EntityGuard> guard;
     std::unique_ptr<XmlDomHandlers> handler;

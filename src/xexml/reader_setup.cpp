@@ -38,8 +38,8 @@ std::string parse_buffer(XmlDomHandlers &handler, const void *document, uint32_t
     handler.setIdescLen(static_cast<int32_t>(length));
     uint32_t size = platform::utf8_room(length);  // the longest UTF-8 form and its terminator
     std::string buffer(size, '\0');
-    if (DMGetCblData(handler.getMPH(), handler.getIdesc(), document, DM_FORM_UTF8, buffer.data(),
-                     &size) != 0)
+    if (platform::get_cbl_data(handler.getMPH(), handler.getIdesc(), document, DM_FORM_UTF8,
+                               buffer.data(), &size) != 0)
         size = 0;
     // The data map's terminator is left out: a NUL after the root element
     // would be a parse error.

@@ -24,6 +24,11 @@ void register_handler(ErrorRecordingReader &reader, XmlDomHandlers &handler, uin
 // the data map converts the program's code page.
 std::string parse_buffer(XmlDomHandlers &handler, const void *document, uint32_t length);
 
+// kvt_xe_xmlparse, except that running out of memory throws std::bad_alloc
+// (the records made so far stay behind `sentinel`, for the caller to free).
+int32_t parse_whole_events(xd_parse_info *sentinel, const void *document, uint32_t length,
+                           uint32_t flags);
+
 } // namespace cblxml
 
 #endif

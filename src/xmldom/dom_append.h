@@ -14,6 +14,10 @@ namespace cblxml {
 // owns `child` (and frees it with kvt_xe_xml_dom_free_node).
 bool dom_append_child(xd_dom_node_t *parent, xd_dom_node_t *child);
 
+// True for text that the text-node constructor drops (it then says 1 without
+// running out of memory): spaces, line feeds and zero bytes only.
+bool dom_text_is_blank(const char *chars, uint32_t length);
+
 } // namespace cblxml
 
 #endif

@@ -5,6 +5,7 @@
 // constructors never link a node into a tree; the parser call-backs and the
 // tree-update operations do that.
 #include "cblxml.h"
+#include "xmldom/dom_append.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -182,6 +183,11 @@ void unlink_head(const xd_dom_node_t *node, const ReleaseRule &rule)
 }
 
 } // namespace
+
+bool cblxml::dom_text_is_blank(const char *chars, uint32_t length)
+{
+    return is_blank(chars, length);
+}
 
 extern "C" {
 

@@ -5,9 +5,11 @@
 #include <cstring>
 
 #include <memory>
+#include <new>
 
 #include "XmlDomHandlers/event_record.h"
 #include "XmlParseErr/pending_record.h"
+#include "XmlParseErr/perr_codes.h"
 #include "xexml/parse_session.h"
 #include "xmlioint/text_length.h"
 
@@ -67,7 +69,8 @@ template <typename T> void store(void *item, T value)
 // Writes the record's name, text length and code into the program's items
 // and returns the text buffer for the program. The record's own text is
 // handed over: it holds exactly the text, and its terminator lies beyond the
-// length the program is given.
+// length the program is given. Throws bad_alloc when the text the program
+// must receive cannot be made (nothing is then taken from the record).
 char *hand_over(xd_parse_info *record, bool first, const void *document,
                 const void *documentLength, uint32_t flags, void *textLength, void *code,
                 char *eventName)
@@ -84,12 +87,33 @@ char *hand_over(xd_parse_info *record, bool first, const void *document,
     } else {
         size = event_text_length(record, flags);
         text = record->text != nullptr ? record->text : empty_text();
+        if (text == nullptr)
+            throw std::bad_alloc();
         record->text = nullptr;
     }
+    if (first && text == nullptr && event_is(record, "START-OF-DOCUMENT"))
+        throw std::bad_alloc();
     store(textLength, size);
     if (code != nullptr)
         kvt_put4ws(code, static_cast<uint32_t>(record->code));
     return text;
+}
+
+// The exception event of an allocation failure, when not even its record
+// could be made: the name and code are written, the text is empty and
+// absent, and the state item is null (the parse is over).
+void deliver_out_of_memory(void *state, void *textHolder, void *textLength, void *code,
+                           char *eventName)
+{
+    if (eventName != nullptr) {
+        std::memset(eventName, ' ', CBLXML_EVENT_NAME_LEN);
+        std::memcpy(eventName, "EXCEPTION", 9);
+    }
+    store<void *>(textHolder, nullptr);
+    store<uint32_t>(textLength, 0);
+    if (code != nullptr)
+        kvt_put4ws(code, static_cast<uint32_t>(kUnclassifiedCode));
+    store<xd_parse_info *>(state, nullptr);
 }
 
 void deliver(void *state, void *textHolder, void *textLength, void *code, char *eventName,
@@ -113,8 +137,16 @@ void deliver(void *state, void *textHolder, void *textLength, void *code, char *
     if (first) {
         // An event list cannot hold a tree: the tree-mode bit of a program's
         // option word is not passed on, so the parse always produces events.
-        session = ParseSession::start(document, load<uint32_t>(documentLength),
-                                      flags & ~static_cast<uint32_t>(CBLXML_OPT_TREE));
+        try {
+            session = ParseSession::start(document, load<uint32_t>(documentLength),
+                                          flags & ~static_cast<uint32_t>(CBLXML_OPT_TREE));
+        } catch (const std::bad_alloc &) {
+            // Not even the parse's own exception event could be made: the
+            // program still learns of the failure, with an empty text (no
+            // buffer to hand over) and the parse ended.
+            deliver_out_of_memory(state, textHolder, textLength, code, eventName);
+            return;
+        }
     } else {
         session.reset(ParseSession::fromAnchor(head));
         if (previousText != nullptr) {
@@ -136,19 +168,31 @@ void deliver(void *state, void *textHolder, void *textLength, void *code, char *
             following->prev = nullptr;
         store(state, following);
     } else {
-        xd_parse_info *record = session->next();
-        if (record == nullptr) {
-            try {
+        xd_parse_info *record = nullptr;
+        try {
+            record = session->next();
+            if (record == nullptr)
                 record = closing_record(first ? session->result() : 0);
-            } catch (...) {
-                // The session goes with the failure: the state item must not
-                // keep pointing at it.
+            text = hand_over(record, first, document, documentLength, flags, textLength, code,
+                             eventName);
+        } catch (const std::bad_alloc &) {
+            // From here on the program receives the exception event made when
+            // the parse started, and then the parse is over.
+            if (record != nullptr)
+                session->release(record);
+            record = session->failure();
+            if (record == nullptr) {
                 store<xd_parse_info *>(state, nullptr);
                 throw;
             }
+            text = hand_over(record, false, document, documentLength, flags, textLength,
+                             code, eventName);
+        } catch (...) {
+            // The session goes with the failure: the state item must not
+            // keep pointing at it.
+            store<xd_parse_info *>(state, nullptr);
+            throw;
         }
-        text = hand_over(record, first, document, documentLength, flags, textLength, code,
-                         eventName);
         session->release(record);
         // After the last event the state item is null again: the next call
         // starts a new parse.
