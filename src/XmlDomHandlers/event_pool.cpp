@@ -5,7 +5,7 @@
 #include <cstring>
 #include <new>
 
-#include "XmlDomHandlers/event_record.h"
+#include "XmlParseErr/event_record.h"
 
 namespace cblxml {
 

@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "XmlDomHandlers/event_record.h"
+#include "XmlParseErr/event_record.h"
 
 namespace cblxml {
 

@@ -7,12 +7,13 @@
 #include <cstdint>
 
 #include "cblxml.h"
+#include "XmlParseErr/exception_codes.h"
 #include "XmlParseErr/perr_text.h"
 
 namespace cblxml {
 
 // The XML-CODE of an error that no finer rule classifies.
-constexpr int32_t kUnclassifiedCode = 201;
+constexpr int32_t kUnclassifiedCode = kGenericExceptionCode;
 
 // Where an error was found. position is at most doc.length (the end).
 struct ErrorSite {

@@ -6,7 +6,8 @@
 
 #include <memory>
 
-#include "XmlDomHandlers/event_record.h"
+#include "XmlParseErr/event_record.h"
+#include "XmlParseErr/exception_codes.h"
 #include "XmlParseErr/pending_record.h"
 #include "xexml/parse_session.h"
 #include "xmlioint/text_length.h"
@@ -42,7 +43,7 @@ xd_parse_info *closing_record(int32_t result)
 {
     xd_parse_info *record = new_event(result == 0 ? "END-OF-DOCUMENT" : "EXCEPTION");
     if (result != 0) {
-        record->code = 201;
+        record->code = kGenericExceptionCode;
         record->text = copy_text(nullptr, 0, 2);
     }
     return record;
