@@ -79,6 +79,17 @@ int64_t XmlDomHandlers::clampedPosition()
     return pos > last ? last : pos < 0 ? 0 : pos;
 }
 
+void XmlDomHandlers::entityDeclared(const XMLCh *name)
+{
+    if (name != nullptr && name[0] != u'%')
+        declaredEntities.emplace(name);
+}
+
+bool XmlDomHandlers::isDeclaredEntity(std::u16string_view name) const
+{
+    return declaredEntities.count(std::u16string(name)) != 0;
+}
+
 void XmlDomHandlers::setDocumentLocator(const xercesc::Locator *const newLocator)
 {
     locator = newLocator;
@@ -122,11 +133,6 @@ void XmlDomHandlers::characters(const XMLCh *const chars, const XMLSize_t length
 void XmlDomHandlers::processingInstruction(const XMLCh *const target, const XMLCh *const data)
 {
     sink->processingInstruction(target, data);
-}
-
-void XmlDomHandlers::skippedEntity(const XMLCh *const name)
-{
-    sink->skippedEntity(name);
 }
 
 void XmlDomHandlers::startDTD(const XMLCh *const, const XMLCh *const publicId,

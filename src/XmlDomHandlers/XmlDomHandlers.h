@@ -12,6 +12,8 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include <xercesc/sax/Locator.hpp>
@@ -88,6 +90,14 @@ public:
     // An error call-back recorded an exception.
     void markErrors() { sawErrors = true; }
 
+    // A general entity that the document declares (told by whoever watches
+    // the declarations), and whether one of that name was declared. A
+    // reference to any other name, the predefined ones aside, is one the
+    // parser skipped: its declaration would be in the DTD subset that is
+    // not read.
+    void entityDeclared(const XMLCh *name);
+    bool isDeclaredEntity(std::u16string_view name) const;
+
     // The character offset in docText of a parser line and column: start of
     // the line + column - 1.
     int64_t locatorOffset(uint64_t line, uint64_t column);
@@ -104,7 +114,6 @@ public:
                     const XMLCh *const qname) override;
     void characters(const XMLCh *const chars, const XMLSize_t length) override;
     void processingInstruction(const XMLCh *const target, const XMLCh *const data) override;
-    void skippedEntity(const XMLCh *const name) override;
 
     // Lexical call-backs.
     void startDTD(const XMLCh *const name, const XMLCh *const publicId,
@@ -149,6 +158,7 @@ private:
     const ParserError *parserError = nullptr;
     LineIndex lines;  // extended as the parse moves on
     std::vector<char> scratch;  // conversion area reused by cobolText
+    std::unordered_set<std::u16string> declaredEntities;  // general entities
     // The parser reads UTF-8 that starts with a byte-order mark: it counts no
     // column for the mark (it does count a UTF-16 mark).
     bool bomUncounted = false;

@@ -2,6 +2,7 @@
 // reference as the start of a call of its own; the source text just before
 // the locator tells whether a call began at a reference, and which one.
 #include <string>
+#include <string_view>
 
 #include "XmlDomHandlers/event_sink.h"
 #include "XmlParseErr/event_record.h"
@@ -33,6 +34,17 @@ void EventSink::characters(const XMLCh *chars, size_t units)
     while (q >= 0 && docText[q] != u'&' && docText[q] != u'>')
         --q;
     if (q < 0 || docText[q] == u'>') {
+        appendTextEvent("CONTENT-CHARACTERS", chars, units);
+        return;
+    }
+    // A reference the parser skipped: it brought no text, so the call's
+    // text is all source text.
+    int64_t semicolon = q + 1;
+    while (semicolon <= p && docText[semicolon] != u';')
+        ++semicolon;
+    if (semicolon <= p &&
+        isSkipped(std::u16string_view(docText + q + 1, static_cast<size_t>(semicolon - q - 1)))) {
+        appendSkippedBefore(semicolon + 1);
         appendTextEvent("CONTENT-CHARACTERS", chars, units);
         return;
     }

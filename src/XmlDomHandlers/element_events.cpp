@@ -40,6 +40,8 @@ void EventSink::startElement(const XMLCh *, const XMLCh *, const XMLCh *qname,
     const int32_t nat = h.isNational() ? 1 : 0;
     if (bareDoctypeStart >= 0)
         emitBareDoctypeBefore(static_cast<int64_t>(h.getDocTextLen()));
+    appendSkippedBeforeMarkup(u"<");
+    ++depth;
     appendTextEvent("START-OF-ELEMENT", qname, unit_length(qname));
     if (attrs.getLength() < 1 || h.getLocator() == nullptr || h.getDocTextLen() == 0)
         return;
@@ -95,7 +97,10 @@ void EventSink::startElement(const XMLCh *, const XMLCh *, const XMLCh *qname,
             if (cursor > valueLen)
                 cursor = valueLen;
 
-            if (!ref.empty() && ref[0] == u'#') {
+            if (isSkipped(ref)) {
+                // The parser's value holds nothing for it.
+                appendTextEvent("UNKNOWN-REFERENCE-IN-ATTRIBUTE", ref.data(), ref.size());
+            } else if (!ref.empty() && ref[0] == u'#') {
                 size_t units = (cursor + 1 < valueLen && is_high_surrogate(value[cursor])) ? 2 : 1;
                 if (cursor + units > valueLen)
                     units = valueLen - cursor;
@@ -127,6 +132,8 @@ void EventSink::startElement(const XMLCh *, const XMLCh *, const XMLCh *qname,
 
 void EventSink::endElement(const XMLCh *qname)
 {
+    appendSkippedBeforeMarkup(u"</");
+    --depth;
     appendTextEvent("END-OF-ELEMENT", qname, unit_length(qname));
 }
 

@@ -33,8 +33,4 @@ xd_parse_info *EventSink::appendTextEvent(const char *name, const XMLCh *text, s
     return record;
 }
 
-void EventSink::skippedEntity(const XMLCh *)
-{
-}
-
 } // namespace cblxml

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "cblxml.h"
 #include "XmlDomHandlers/XmlDomHandlers.h"
@@ -36,7 +37,6 @@ public:
     void endElement(const XMLCh *qname) override;
     void characters(const XMLCh *chars, size_t units) override;
     void processingInstruction(const XMLCh *target, const XMLCh *data) override;
-    void skippedEntity(const XMLCh *name) override;
     void startDTD(const XMLCh *publicId, const XMLCh *systemId) override;
     void endDTD() override;
     void comment(const XMLCh *chars, size_t length) override;
@@ -51,6 +51,17 @@ private:
     void appendDocumentDeclaration();
     void appendGenericException(int64_t position);
     int32_t errorPosition(const xercesc::SAXParseException &exc);
+    // References the parser skipped (skipped_references.cpp). A name other
+    // than a character reference, the five predefined entities and the
+    // entities the document declares.
+    bool isSkipped(std::u16string_view name) const;
+    // Appends "UNKNOWN-REFERENCE-IN-CONTENT" for each skipped reference of
+    // the run of references that ends just before docText[end], in
+    // document order.
+    void appendSkippedBefore(int64_t end);
+    // In content: the same for the references written right before the
+    // markup that begins with `opener` and ends at the locator.
+    void appendSkippedBeforeMarkup(const char16_t *opener);
     // Gives the record the document text [from, to] in the program's form.
     void appendSourceText(xd_parse_info *record, int64_t from, int64_t to);
     // A declaration "<!DOCTYPE name>" that the parser does not report: found
@@ -68,6 +79,7 @@ private:
     bool inDtd = false;        // between startDTD and endDTD
     int64_t bareDoctypeStart = -1;  // an unreported "<!DOCTYPE name>", until emitted
     int64_t bareDoctypeEnd = -1;
+    int64_t depth = 0;  // elements open
 };
 
 } // namespace cblxml

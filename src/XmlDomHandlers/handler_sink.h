@@ -25,10 +25,6 @@ public:
     // `units` (at least 1) units of text, none of them zero.
     virtual void characters(const XMLCh * /*chars*/, size_t /*units*/) {}
     virtual void processingInstruction(const XMLCh * /*target*/, const XMLCh * /*data*/) {}
-    // A reference to an entity that the parser knows nothing about, because
-    // it would have been declared in the external DTD subset that is never
-    // read.
-    virtual void skippedEntity(const XMLCh * /*name*/) {}
     virtual void startDTD(const XMLCh * /*publicId*/, const XMLCh * /*systemId*/) {}
     virtual void endDTD() {}
     virtual void comment(const XMLCh * /*chars*/, size_t /*length*/) {}

@@ -75,6 +75,7 @@ void EventSink::processingInstruction(const XMLCh *target, const XMLCh *data)
 {
     if (bareDoctypeStart >= 0)
         emitBareDoctypeBefore(h.clampedPosition());
+    appendSkippedBeforeMarkup(u"<?");
     appendTextEvent("PROCESSING-INSTRUCTION-TARGET", target, unit_length(target));
     appendTextEvent("PROCESSING-INSTRUCTION-DATA", data, unit_length(data));
 }
@@ -83,7 +84,11 @@ void EventSink::comment(const XMLCh *chars, size_t length)
 {
     // A comment inside the document type declaration is not reported. The
     // declaration's own record is the tail both inside it and just after
-    // it, so the call-backs' own state tells the two apart.
+    // it, so the call-backs' own state tells the two apart. (The parser
+    // does not end a declaration that names an external subset, so the
+    // state stays "inside" then: skipped references before the comment
+    // are still delivered.)
+    appendSkippedBeforeMarkup(u"<!--");
     if (inDtd)
         return;
     if (bareDoctypeStart >= 0)
@@ -93,6 +98,7 @@ void EventSink::comment(const XMLCh *chars, size_t length)
 
 void EventSink::startCDATA()
 {
+    appendSkippedBeforeMarkup(u"<![CDATA[");
     appendTextEvent("START-OF-CDATA-SECTION", u"<![CDATA[", 9);
 }
 

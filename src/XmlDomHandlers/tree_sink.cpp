@@ -198,10 +198,6 @@ void TreeSink::appendPi(const XMLCh *target, size_t targetLen, const XMLCh *data
     appendToCurrent(node);
 }
 
-void TreeSink::skippedEntity(const XMLCh *)
-{
-}
-
 void TreeSink::recordError(const xercesc::SAXParseException &exc, bool readDomain)
 {
     h.markErrors();

@@ -30,7 +30,6 @@ public:
     void endElement(const XMLCh *qname) override;
     void characters(const XMLCh *chars, size_t units) override;
     void processingInstruction(const XMLCh *target, const XMLCh *data) override;
-    void skippedEntity(const XMLCh *name) override;
     void warning(const xercesc::SAXParseException &exc) override;
     void error(const xercesc::SAXParseException &exc) override;
     void fatalError(const xercesc::SAXParseException &exc) override;

@@ -68,6 +68,7 @@ void ParseSession::open(const void *document, uint32_t length)
     set_features(*reader, flags);
     guard = std::make_unique<EntityGuard>(*reader, flags);  // no external fetches
     handler = std::make_unique<XmlDomHandlers>(document, length, &listHead, nullptr, flags);
+    guard->reportDeclarationsTo(handler.get());
     if (handler->getSawErrors()) {
         closeParser();  // the document was refused before parsing
         return;
@@ -194,6 +195,8 @@ void ParseSession::closeParser()
     // handler, the guard (which takes itself off the reader), the reader.
     source.reset();
     std::string().swap(buffer);
+    if (guard != nullptr)
+        guard->reportDeclarationsTo(nullptr);
     handler.reset();
     guard.reset();
     reader.reset();
