@@ -80,6 +80,7 @@ private:
     int64_t bareDoctypeStart = -1;  // an unreported "<!DOCTYPE name>", until emitted
     int64_t bareDoctypeEnd = -1;
     int64_t depth = 0;  // elements open
+    int64_t skippedUpTo = 0;  // where the last run of references looked at ended
 };
 
 } // namespace cblxml

@@ -53,12 +53,18 @@ void EventSink::appendSkippedBefore(int64_t end)
     const XMLCh *text = h.getDocText();
     if (end > static_cast<int64_t>(h.getDocTextLen()))
         return;
+    // Each reference is delivered once: the runs move forward through the
+    // text (an empty element's end tag stands where its start tag does).
+    if (end <= skippedUpTo)
+        return;
     int64_t first = end;
     for (int64_t amp = reference_before(text, first); amp >= 0; amp = reference_before(text, first)) {
-        if (!isSkipped(std::u16string_view(text + amp + 1, static_cast<size_t>(first - amp - 2))))
+        if (amp < skippedUpTo ||
+            !isSkipped(std::u16string_view(text + amp + 1, static_cast<size_t>(first - amp - 2))))
             break;
         first = amp;
     }
+    skippedUpTo = end;
     // Forward through the run: every reference in it is a skipped one.
     while (first < end) {
         int64_t semicolon = first + 1;
@@ -80,13 +86,19 @@ void EventSink::appendSkippedBeforeMarkup(const char16_t *opener)
     int64_t at = h.locatorOffset(locator->getLineNumber(), locator->getColumnNumber());
     if (at > length)
         at = length;
+    // A tag is the nearest "<"; a comment, a processing instruction or a
+    // CDATA section may hold "<" itself and is found by its opener.
     const std::u16string_view start(opener);
+    const bool tag = start == u"<" || start == u"</";
     for (--at; at >= 0; --at) {
-        if (text[at] == u'<' && at + static_cast<int64_t>(start.size()) <= length &&
-            std::u16string_view(text + at, start.size()) == start) {
+        if (text[at] != u'<')
+            continue;
+        const bool opens = at + static_cast<int64_t>(start.size()) <= length &&
+                           std::u16string_view(text + at, start.size()) == start;
+        if (opens)
             appendSkippedBefore(at);
+        if (opens || tag)
             return;
-        }
     }
 }
 

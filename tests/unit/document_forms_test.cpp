@@ -127,15 +127,16 @@ TEST(DocumentFormsTest, SkippedReferencesArriveAsUnknownReferences)
     };
     const std::string dtd = "<!DOCTYPE r SYSTEM \"r.dtd\" [<!ENTITY lang \"fr\">]>";
     const Case cases[] = {
-        {"<r>&laquo;\xD0\x9D\xD0\xB5&raquo; &a1;&a2;<b/>&lang;&amp;&z;</r>",
+        {"<r>&laquo;\xD0\x9D\xD0\xB5&raquo; &a1;&a2;<b>&u;</b><b/>&lang;&amp;&z;</r>",
          {"START-OF-ELEMENT r", "UNKNOWN-REFERENCE-IN-CONTENT laquo",
           "CONTENT-CHARACTERS \xD0\x9D\xD0\xB5", "UNKNOWN-REFERENCE-IN-CONTENT raquo",
           "CONTENT-CHARACTERS  ", "UNKNOWN-REFERENCE-IN-CONTENT a1",
-          "UNKNOWN-REFERENCE-IN-CONTENT a2", "START-OF-ELEMENT b", "END-OF-ELEMENT b",
+          "UNKNOWN-REFERENCE-IN-CONTENT a2", "START-OF-ELEMENT b", "UNKNOWN-REFERENCE-IN-CONTENT u",
+          "END-OF-ELEMENT b", "START-OF-ELEMENT b", "END-OF-ELEMENT b",
           // A reference the parser resolves keeps the first-letter rule.
           "CONTENT-CHARACTER <", "CONTENT-CHARACTERS r", "CONTENT-CHARACTER &",
           "UNKNOWN-REFERENCE-IN-CONTENT z", "END-OF-ELEMENT r"},
-         "<r>'\xD0\x9D\xD0\xB5 '<b></>'fr&'</>"},
+         "<r>'\xD0\x9D\xD0\xB5 '<b></><b></>'fr&'</>"},
         {"<r a=\"1&bar;2\" b=\"&alpha;z\" c=\"&lt;\"/>",
          {"START-OF-ELEMENT r", "ATTRIBUTE-NAME a", "ATTRIBUTE-CHARACTERS 1",
           "UNKNOWN-REFERENCE-IN-ATTRIBUTE bar", "ATTRIBUTE-CHARACTERS 2", "ATTRIBUTE-NAME b",
