@@ -31,30 +31,31 @@ size_t skip_past(const XMLCh *text, size_t length, size_t pos, const char16_t *e
 
 void EventSink::findBareDoctype()
 {
+    const XMLCh *docText = h.getDocText();
     // Walk the prolog: white space, the XML declaration, comments and PIs,
     // up to the first other markup. Linear in the prolog's length.
     const size_t length = h.getDocTextLen();
-    size_t pos = h.getDocText() != nullptr && length > 0 && h.getDocText()[0] == 0xFEFF ? 1 : 0;
+    size_t pos = docText != nullptr && length > 0 && docText[0] == 0xFEFF ? 1 : 0;
     for (;;) {
-        while (pos < length && is_decl_space(h.getDocText()[pos]))
+        while (pos < length && is_decl_space(docText[pos]))
             ++pos;
-        if (at(h.getDocText(), length, pos, u"<!--"))
-            pos = skip_past(h.getDocText(), length, pos + 4, u"-->");
-        else if (at(h.getDocText(), length, pos, u"<?"))
-            pos = skip_past(h.getDocText(), length, pos + 2, u"?>");
+        if (at(docText, length, pos, u"<!--"))
+            pos = skip_past(docText, length, pos + 4, u"-->");
+        else if (at(docText, length, pos, u"<?"))
+            pos = skip_past(docText, length, pos + 2, u"?>");
         else
             break;
     }
-    if (!at(h.getDocText(), length, pos, u"<!DOCTYPE"))
+    if (!at(docText, length, pos, u"<!DOCTYPE"))
         return;
     size_t end = pos + 9;
-    while (end < length && h.getDocText()[end] != u'>' && h.getDocText()[end] != u'[' && h.getDocText()[end] != u'"' &&
-           h.getDocText()[end] != u'\'')
+    while (end < length && docText[end] != u'>' && docText[end] != u'[' && docText[end] != u'"' &&
+           docText[end] != u'\'')
         ++end;
     // A subset or an identifier brings the parser's own call-back.
-    if (end >= length || h.getDocText()[end] != u'>')
+    if (end >= length || docText[end] != u'>')
         return;
-    const std::u16string words(h.getDocText() + pos + 9, end - pos - 9);
+    const std::u16string words(docText + pos + 9, end - pos - 9);
     if (words.find(u"SYSTEM") != std::u16string::npos || words.find(u"PUBLIC") != std::u16string::npos)
         return;
     bareDoctypeStart = static_cast<int64_t>(pos);

@@ -37,26 +37,29 @@ XMLCh predefined_character(const std::u16string &name)
 void EventSink::startElement(const XMLCh *, const XMLCh *, const XMLCh *qname,
                              const xercesc::Attributes &attrs)
 {
+    const XMLCh *docText = h.getDocText();
+    const uint32_t docTextLen = h.getDocTextLen();
+    const xercesc::Locator *locator = h.getLocator();
     const int32_t nat = h.isNational() ? 1 : 0;
     if (bareDoctypeStart >= 0)
-        emitBareDoctypeBefore(static_cast<int64_t>(h.getDocTextLen()));
+        emitBareDoctypeBefore(static_cast<int64_t>(docTextLen));
     appendSkippedBeforeMarkup(u"<");
     ++depth;
     appendTextEvent("START-OF-ELEMENT", qname, unit_length(qname));
-    if (attrs.getLength() < 1 || h.getLocator() == nullptr || h.getDocTextLen() == 0)
+    if (attrs.getLength() < 1 || locator == nullptr || docTextLen == 0)
         return;
 
     // The locator stands just behind the ">" of the start tag. Backward scans
     // stop at the start of the text.
-    int64_t tagEnd = h.locatorOffset(h.getLocator()->getLineNumber(), h.getLocator()->getColumnNumber()) - 1;
-    if (tagEnd >= static_cast<int64_t>(h.getDocTextLen()))
-        tagEnd = static_cast<int64_t>(h.getDocTextLen()) - 1;
+    int64_t tagEnd = h.locatorOffset(locator->getLineNumber(), locator->getColumnNumber()) - 1;
+    if (tagEnd >= static_cast<int64_t>(docTextLen))
+        tagEnd = static_cast<int64_t>(docTextLen) - 1;
     if (tagEnd < 0)
         return;
     int64_t tagStart = tagEnd;
-    while (tagStart > 0 && h.getDocText()[tagStart] != u'<')
+    while (tagStart > 0 && docText[tagStart] != u'<')
         --tagStart;
-    const std::u16string_view tag(h.getDocText() + tagStart, static_cast<size_t>(tagEnd - tagStart + 1));
+    const std::u16string_view tag(docText + tagStart, static_cast<size_t>(tagEnd - tagStart + 1));
     size_t search = 0;
 
     for (XMLSize_t i = 0; i < attrs.getLength(); ++i) {

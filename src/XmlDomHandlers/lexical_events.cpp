@@ -23,7 +23,8 @@ bool has_text(const XMLCh *text)
 void EventSink::appendSourceText(xd_parse_info *record, int64_t from, int64_t to)
 {
     // from and to are inclusive offsets into the document text.
-    record->text = h.cobolText(h.getDocText() + from, static_cast<size_t>(to - from + 1), h.isNational() ? 1 : 0);
+    record->text = h.cobolText(h.getDocText() + from, static_cast<size_t>(to - from + 1),
+                               h.isNational() ? 1 : 0);
 }
 
 void EventSink::startDTD(const XMLCh *publicId, const XMLCh *systemId)

@@ -58,9 +58,9 @@ void EventSink::appendSkippedBefore(int64_t end)
     if (end <= skippedUpTo)
         return;
     int64_t first = end;
-    for (int64_t amp = reference_before(text, first); amp >= 0; amp = reference_before(text, first)) {
-        if (amp < skippedUpTo ||
-            !isSkipped(std::u16string_view(text + amp + 1, static_cast<size_t>(first - amp - 2))))
+    for (int64_t amp = reference_before(text, first); amp >= skippedUpTo;
+         amp = reference_before(text, first)) {
+        if (!isSkipped(std::u16string_view(text + amp + 1, static_cast<size_t>(first - amp - 2))))
             break;
         first = amp;
     }
