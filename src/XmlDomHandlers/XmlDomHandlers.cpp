@@ -1,11 +1,13 @@
-// Construction, destruction and the shared plumbing of the handler object.
+// Construction, destruction, the shared plumbing of the handler object and
+// the call-backs, each passed on to the sink of the parse's mode.
 #include "XmlDomHandlers/XmlDomHandlers.h"
 
 #include <cstdlib>
 
 #include <xercesc/util/XMLString.hpp>
 
-#include "XmlDomHandlers/event_record.h"
+#include "XmlDomHandlers/event_sink.h"
+#include "XmlDomHandlers/tree_sink.h"
 
 namespace cblxml {
 
@@ -19,10 +21,16 @@ XmlDomHandlers::XmlDomHandlers(const void *document, uint32_t length, void *out,
     if (doc == nullptr)
         length = 0;
     try {
-        if (flags & CBLXML_OPT_TREE)
-            constructTreeMode(doc, length, out, errorRecordOut);
-        else
-            constructEventMode(doc, length, out, flags);
+        if (flags & CBLXML_OPT_TREE) {
+            sink = std::make_unique<TreeSink>(*this, out, errorRecordOut);
+            constructTreeMode(doc, length);
+        } else {
+            xd_parse_info *tail = out != nullptr ? *static_cast<xd_parse_info **>(out) : nullptr;
+            auto eventSink = std::make_unique<EventSink>(*this, tail);
+            events = eventSink.get();
+            sink = std::move(eventSink);
+            constructEventMode(doc, length, flags);
+        }
         asciiTranscoder = transcoder != nullptr &&
                           xercesc::XMLString::equals(transcoder->getEncodingName(), u"UTF-8");
     } catch (...) {
@@ -43,35 +51,15 @@ XmlDomHandlers::~XmlDomHandlers()
         DMTerm(mapHandle);
 }
 
-void XmlDomHandlers::appendEvent(xd_parse_info *record)
+void XmlDomHandlers::setEventPool(EventPool *pool)
 {
-    if (eventTail == nullptr) {
-        // No list to append to (a caller without a sentinel): drop the record.
-        for (xd_parse_info *r = record; r != nullptr;) {
-            xd_parse_info *next = r->next;
-            kvt_xe_xmlparse_delete_info(r);
-            r = next;
-        }
-        return;
-    }
-    record->prev = eventTail;
-    eventTail->next = record;
-    eventTail = record;
-    while (eventTail->next != nullptr)
-        eventTail = eventTail->next;
+    if (events != nullptr)
+        events->setEventPool(pool);
 }
 
-xd_parse_info *XmlDomHandlers::newRecord(const char *name)
+xd_parse_info *XmlDomHandlers::getEventTail() const
 {
-    return pool != nullptr ? pool->take(name) : new_event(name);
-}
-
-xd_parse_info *XmlDomHandlers::appendTextEvent(const char *name, const XMLCh *text, size_t count)
-{
-    xd_parse_info *record = newRecord(name);
-    appendEvent(record);  // owned by the list from here, even if the text fails
-    record->text = cobolText(text, count, national ? 1 : 0);
-    return record;
+    return events != nullptr ? events->tail() : nullptr;
 }
 
 int64_t XmlDomHandlers::locatorOffset(uint64_t line, uint64_t column)
@@ -79,12 +67,118 @@ int64_t XmlDomHandlers::locatorOffset(uint64_t line, uint64_t column)
     if (!lines.built())
         lines.reset(docText, docTextLen, bomUncounted ? 1u : 0u);
     int64_t col = column > 0 ? static_cast<int64_t>(column) : 1;
-    return static_cast<int64_t>(lines.lineStart(line)) + col - 1 + posAdjust;
+    return static_cast<int64_t>(lines.lineStart(line)) + col - 1;
+}
+
+int64_t XmlDomHandlers::clampedPosition()
+{
+    if (locator == nullptr || docTextLen == 0)
+        return 0;
+    int64_t pos = locatorOffset(locator->getLineNumber(), locator->getColumnNumber());
+    const auto last = static_cast<int64_t>(docTextLen) - 1;
+    return pos > last ? last : pos < 0 ? 0 : pos;
+}
+
+void XmlDomHandlers::entityDeclared(const XMLCh *name)
+{
+    if (name != nullptr && name[0] != u'%')
+        declaredEntities.emplace(name);
+}
+
+bool XmlDomHandlers::isDeclaredEntity(std::u16string_view name) const
+{
+    return declaredEntities.count(std::u16string(name)) != 0;
 }
 
 void XmlDomHandlers::setDocumentLocator(const xercesc::Locator *const newLocator)
 {
     locator = newLocator;
+}
+
+void XmlDomHandlers::startDocument()
+{
+    sink->startDocument();
+}
+
+void XmlDomHandlers::endDocument()
+{
+    sink->endDocument();
+}
+
+void XmlDomHandlers::startElement(const XMLCh *const uri, const XMLCh *const localname,
+                                  const XMLCh *const qname, const xercesc::Attributes &attrs)
+{
+    sink->startElement(uri, localname, qname, attrs);
+}
+
+void XmlDomHandlers::endElement(const XMLCh *const, const XMLCh *const, const XMLCh *const qname)
+{
+    sink->endElement(qname);
+}
+
+void XmlDomHandlers::characters(const XMLCh *const chars, const XMLSize_t length)
+{
+    if (chars == nullptr)
+        return;
+    // The text is taken up to its terminator, which the parser always writes
+    // at `length`; the length bounds the read should it ever not.
+    size_t units = 0;
+    while (units < length && chars[units] != 0)
+        ++units;
+    // An empty call (an empty CDATA section) carries no text and no event.
+    if (units > 0)
+        sink->characters(chars, units);
+}
+
+void XmlDomHandlers::processingInstruction(const XMLCh *const target, const XMLCh *const data)
+{
+    sink->processingInstruction(target, data);
+}
+
+void XmlDomHandlers::startDTD(const XMLCh *const, const XMLCh *const publicId,
+                              const XMLCh *const systemId)
+{
+    sink->startDTD(publicId, systemId);
+}
+
+void XmlDomHandlers::endDTD()
+{
+    sink->endDTD();
+}
+
+void XmlDomHandlers::comment(const XMLCh *const chars, const XMLSize_t length)
+{
+    sink->comment(chars, length);
+}
+
+void XmlDomHandlers::startCDATA()
+{
+    sink->startCDATA();
+}
+
+void XmlDomHandlers::endCDATA()
+{
+    sink->endCDATA();
+}
+
+void XmlDomHandlers::warning(const xercesc::SAXParseException &exc)
+{
+    sink->warning(exc);
+}
+
+void XmlDomHandlers::error(const xercesc::SAXParseException &exc)
+{
+    sink->error(exc);
+}
+
+void XmlDomHandlers::fatalError(const xercesc::SAXParseException &exc)
+{
+    sink->fatalError(exc);
+}
+
+void XmlDomHandlers::resetErrors()
+{
+    sawErrors = false;
 }
 
 } // namespace cblxml

@@ -4,9 +4,9 @@
 // DOCUMENT-TYPE-DECLARATION event, in document order.
 #include <string>
 
-#include "XmlDomHandlers/XmlDomHandlers.h"
+#include "XmlDomHandlers/event_sink.h"
 #include "XmlDomHandlers/decl_scan.h"
-#include "XmlDomHandlers/event_record.h"
+#include "XmlParseErr/event_record.h"
 
 namespace cblxml {
 namespace {
@@ -29,11 +29,12 @@ size_t skip_past(const XMLCh *text, size_t length, size_t pos, const char16_t *e
 
 } // namespace
 
-void XmlDomHandlers::findBareDoctype()
+void EventSink::findBareDoctype()
 {
+    const XMLCh *docText = h.getDocText();
     // Walk the prolog: white space, the XML declaration, comments and PIs,
     // up to the first other markup. Linear in the prolog's length.
-    const size_t length = docTextLen;
+    const size_t length = h.getDocTextLen();
     size_t pos = docText != nullptr && length > 0 && docText[0] == 0xFEFF ? 1 : 0;
     for (;;) {
         while (pos < length && is_decl_space(docText[pos]))
@@ -61,7 +62,7 @@ void XmlDomHandlers::findBareDoctype()
     bareDoctypeEnd = static_cast<int64_t>(end);
 }
 
-void XmlDomHandlers::emitBareDoctypeBefore(int64_t position)
+void EventSink::emitBareDoctypeBefore(int64_t position)
 {
     if (bareDoctypeStart < 0 || position <= bareDoctypeStart)
         return;

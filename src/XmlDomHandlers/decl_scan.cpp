@@ -41,6 +41,22 @@ size_t find_word(const char16_t *text, size_t end, const char16_t *word)
     return std::u16string::npos;
 }
 
+DeclaredEncoding declared_encoding(const char16_t *decl, size_t end)
+{
+    DeclaredEncoding result;
+    const size_t at = find_word(decl, end, u"encoding");
+    if (at == std::u16string::npos)
+        return result;
+    result.found = true;
+    size_t pos = at + 8;
+    while (pos < end && decl[pos] != u'=')
+        ++pos;
+    result.adjacent = pos == at + 8 && pos < end;
+    ++pos;
+    quote_copy(decl, end, pos, result.value);
+    return result;
+}
+
 bool starts_with(const char16_t *text, size_t end, const char16_t *prefix)
 {
     size_t n = std::char_traits<char16_t>::length(prefix);

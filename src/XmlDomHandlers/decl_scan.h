@@ -26,6 +26,18 @@ size_t find_decl_end(const char16_t *text, size_t end, size_t from = 0);
 // Index of `word` in text[0, end) (stopping at a zero unit), or npos.
 size_t find_word(const char16_t *text, size_t end, const char16_t *word);
 
+// The encoding named by a declaration text decl[0, end) (stopping at a zero
+// unit). `found` when the word "encoding" occurs; `adjacent` when its "="
+// follows the word at once. The value is read from behind the first "="
+// after the word by quote_copy; a value that cannot be read whole keeps what
+// was copied of it (possibly nothing).
+struct DeclaredEncoding {
+    bool found = false;
+    bool adjacent = false;
+    std::u16string value;
+};
+DeclaredEncoding declared_encoding(const char16_t *decl, size_t end);
+
 // True when text[0, end) begins with `prefix`.
 bool starts_with(const char16_t *text, size_t end, const char16_t *prefix);
 

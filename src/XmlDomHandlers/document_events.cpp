@@ -1,14 +1,16 @@
 // The document call-backs: the first events of every parse (taken from the
 // handler's own copy of the XML declaration, which the parser does not
-// report) and the last one.
+// report) and the last one. (In tree mode the declaration becomes a node:
+// tree_sink.cpp.)
 #include <cstring>
 #include <string>
 
 #include <xercesc/framework/XMLErrorCodes.hpp>
 
-#include "XmlDomHandlers/XmlDomHandlers.h"
+#include "XmlDomHandlers/event_sink.h"
 #include "XmlDomHandlers/decl_scan.h"
-#include "XmlDomHandlers/event_record.h"
+#include "XmlParseErr/event_record.h"
+#include "XmlParseErr/exception_codes.h"
 
 namespace cblxml {
 namespace {
@@ -28,18 +30,12 @@ Pseudo pseudo_attribute(const std::u16string &name)
 
 } // namespace
 
-void XmlDomHandlers::startDocument()
+void EventSink::startDocument()
 {
-    if (treeMode == 1) {
-        appendTreeDeclaration();
-        return;
-    }
-    if (treeMode != 0)
-        return;
-    if (docTextLen == 0) {
+    if (h.getDocTextLen() == 0) {
         xd_parse_info *record = new_event("EXCEPTION");
-        record->code = 201;
-        record->text = copy_text(docText, 0, 2);
+        record->code = kGenericExceptionCode;
+        record->text = copy_text(h.getDocText(), 0, 2);
         appendEvent(record);
         // Ends the scan quietly: no further call-backs and no error counted.
         throw xercesc::XMLErrs::F_HighBounds;
@@ -49,14 +45,14 @@ void XmlDomHandlers::startDocument()
     findBareDoctype();
 }
 
-void XmlDomHandlers::appendDocumentDeclaration()
+void EventSink::appendDocumentDeclaration()
 {
-    if (!starts_with(docText, docTextLen, u"<?xml"))
+    if (!starts_with(h.getDocText(), h.getDocTextLen(), u"<?xml"))
         return;
-    const size_t end = find_decl_end(docText, docTextLen);
-    if (end == docTextLen)
+    const size_t end = find_decl_end(h.getDocText(), h.getDocTextLen());
+    if (end == h.getDocTextLen())
         return;
-    const XMLCh *decl = docText;
+    const XMLCh *decl = h.getDocText();
     const size_t declLen = end + 2;
 
     size_t pos = 0;
@@ -116,21 +112,9 @@ void XmlDomHandlers::appendDocumentDeclaration()
     }
 }
 
-void XmlDomHandlers::appendTreeDeclaration()
+void EventSink::endDocument()
 {
-    if (treeDocument == nullptr || !starts_with(docText, docTextLen, u"<?xml "))
-        return;
-    size_t from = 5;
-    while (from < docTextLen && is_decl_space(docText[from]))
-        ++from;
-    size_t end = find_decl_end(docText, docTextLen, from);
-    appendTreePi(u"xml", 3, docText + from, end - from);
-}
-
-void XmlDomHandlers::endDocument()
-{
-    if (treeMode == 0)
-        appendEvent(new_event("END-OF-DOCUMENT"));
+    appendEvent(new_event("END-OF-DOCUMENT"));
 }
 
 } // namespace cblxml

@@ -1,27 +1,17 @@
-// Element and attribute call-backs. In event mode the attribute values are
+// Element and attribute events. The attribute values are
 // re-read from the start tag's own text, so that entity and character
 // references inside them reach the program as events of their own.
-#include <cstdlib>
 #include <cstring>
-#include <memory>
-#include <new>
 #include <string>
 #include <string_view>
 
-#include "XmlDomHandlers/XmlDomHandlers.h"
+#include "XmlDomHandlers/event_sink.h"
 #include "XmlDomHandlers/decl_scan.h"
-#include "XmlDomHandlers/event_record.h"
+#include "XmlParseErr/event_record.h"
 #include "XmlDomHandlers/text_units.h"
-#include "xmldom/dom_append.h"
 
 namespace cblxml {
 namespace {
-
-// A converted text until a node has copied it.
-struct FreeText {
-    void operator()(char *text) const { std::free(text); }
-};
-using CText = std::unique_ptr<char, FreeText>;
 
 // The one character that a predefined entity reference stands for, decided
 // by its first letter (and the second after "a") and nothing more; 0 for an
@@ -44,27 +34,24 @@ XMLCh predefined_character(const std::u16string &name)
 
 } // namespace
 
-void XmlDomHandlers::startElement(const XMLCh *const uri, const XMLCh *const localname,
-                                  const XMLCh *const qname, const xercesc::Attributes &attrs)
+void EventSink::startElement(const XMLCh *, const XMLCh *, const XMLCh *qname,
+                             const xercesc::Attributes &attrs)
 {
-    if (treeMode == 0)
-        startElementEvents(qname, attrs);
-    else if (treeMode == 1)
-        startElementTree(uri, localname, attrs);
-}
-
-void XmlDomHandlers::startElementEvents(const XMLCh *qname, const xercesc::Attributes &attrs)
-{
-    const int32_t nat = national ? 1 : 0;
+    const XMLCh *docText = h.getDocText();
+    const uint32_t docTextLen = h.getDocTextLen();
+    const xercesc::Locator *locator = h.getLocator();
+    const int32_t nat = h.isNational() ? 1 : 0;
     if (bareDoctypeStart >= 0)
         emitBareDoctypeBefore(static_cast<int64_t>(docTextLen));
+    appendSkippedBeforeMarkup(u"<");
+    ++depth;
     appendTextEvent("START-OF-ELEMENT", qname, unit_length(qname));
     if (attrs.getLength() < 1 || locator == nullptr || docTextLen == 0)
         return;
 
     // The locator stands just behind the ">" of the start tag. Backward scans
     // stop at the start of the text.
-    int64_t tagEnd = locatorOffset(locator->getLineNumber(), locator->getColumnNumber()) - 1;
+    int64_t tagEnd = h.locatorOffset(locator->getLineNumber(), locator->getColumnNumber()) - 1;
     if (tagEnd >= static_cast<int64_t>(docTextLen))
         tagEnd = static_cast<int64_t>(docTextLen) - 1;
     if (tagEnd < 0)
@@ -113,7 +100,10 @@ void XmlDomHandlers::startElementEvents(const XMLCh *qname, const xercesc::Attri
             if (cursor > valueLen)
                 cursor = valueLen;
 
-            if (!ref.empty() && ref[0] == u'#') {
+            if (isSkipped(ref)) {
+                // The parser's value holds nothing for it.
+                appendTextEvent("UNKNOWN-REFERENCE-IN-ATTRIBUTE", ref.data(), ref.size());
+            } else if (!ref.empty() && ref[0] == u'#') {
                 size_t units = (cursor + 1 < valueLen && is_high_surrogate(value[cursor])) ? 2 : 1;
                 if (cursor + units > valueLen)
                     units = valueLen - cursor;
@@ -127,7 +117,7 @@ void XmlDomHandlers::startElementEvents(const XMLCh *qname, const xercesc::Attri
                 appendEvent(record);
                 XMLCh c = predefined_character(ref);
                 if (c != 0) {
-                    record->text = cobolText(&c, 1, nat);
+                    record->text = h.cobolText(&c, 1, nat);
                     ++cursor;
                 }
             } else {
@@ -143,67 +133,11 @@ void XmlDomHandlers::startElementEvents(const XMLCh *qname, const xercesc::Attri
     }
 }
 
-void XmlDomHandlers::startElementTree(const XMLCh *uri, const XMLCh *localname,
-                                      const xercesc::Attributes &attrs)
+void EventSink::endElement(const XMLCh *qname)
 {
-    char *name = cobolText(localname, unit_length(localname), 0);
-    char *ns = nullptr;
-    xd_dom_node_t *element = nullptr;
-    try {
-        ns = cobolText(uri, unit_length(uri), 0);
-        if (kvt_xe_xml_dom_element_node(treeDocument, &element, name, ns) != 0) {
-            element = nullptr;
-            if (treeDocument != nullptr)
-                throw std::bad_alloc();  // the tree must not lack the element
-        }
-    } catch (...) {
-        std::free(name);
-        std::free(ns);
-        throw;
-    }
-    std::free(name);
-    std::free(ns);
-    if (element == nullptr)
-        return;
-    try {
-        for (XMLSize_t i = 0; i < attrs.getLength(); ++i) {
-            const XMLCh *attrLocal = attrs.getLocalName(i);
-            const XMLCh *attrUri = attrs.getURI(i);
-            const XMLCh *attrValue = attrs.getValue(i);
-            const CText aName(cobolText(attrLocal, unit_length(attrLocal), 0));
-            const CText aUri(cobolText(attrUri, unit_length(attrUri), 0));
-            const CText aValue(cobolText(attrValue, unit_length(attrValue), 0));
-            xd_dom_node_t *attr = nullptr;
-            if (kvt_xe_xml_dom_attr_node(treeDocument, &attr, aName.get(), aUri.get(),
-                                         aValue.get()) != 0)
-                throw std::bad_alloc();  // the tree must not lack the attribute
-            if (!dom_append_child(element, attr))
-                kvt_xe_xml_dom_free_node(attr, 0);
-        }
-    } catch (...) {
-        kvt_xe_xml_dom_free_node(element, 0);
-        throw;
-    }
-    appendToCurrent(element);
-    treeCurrent = element;
-}
-
-void XmlDomHandlers::appendToCurrent(xd_dom_node_t *node)
-{
-    mergeText = nullptr;  // a new node ends the text being merged
-    if (treeCurrent == nullptr || !dom_append_child(treeCurrent, node))
-        kvt_xe_xml_dom_free_node(node, 0);
-}
-
-void XmlDomHandlers::endElement(const XMLCh *const, const XMLCh *const, const XMLCh *const qname)
-{
-    if (treeMode == 0) {
-        appendTextEvent("END-OF-ELEMENT", qname, unit_length(qname));
-    } else if (treeMode == 1) {
-        mergeText = nullptr;
-        if (treeCurrent != nullptr && treeCurrent->parent != nullptr)
-            treeCurrent = treeCurrent->parent;
-    }
+    appendSkippedBeforeMarkup(u"</");
+    --depth;
+    appendTextEvent("END-OF-ELEMENT", qname, unit_length(qname));
 }
 
 } // namespace cblxml

@@ -1,4 +1,4 @@
-// Event-mode construction: deciding the document's encoding, refusing the
+// Construction: deciding the document's encoding, refusing (event mode) the
 // encodings a program cannot hand over, and making the UTF-16 copy.
 #include <cstdlib>
 #include <cstring>
@@ -7,9 +7,12 @@
 #include <xercesc/util/PlatformUtils.hpp>
 
 #include "XmlDomHandlers/XmlDomHandlers.h"
+#include "XmlDomHandlers/event_sink.h"
+#include "XmlDomHandlers/tree_sink.h"
 #include "XmlDomHandlers/decl_scan.h"
 #include "XmlDomHandlers/encoding_names.h"
-#include "XmlDomHandlers/event_record.h"
+#include "XmlParseErr/event_record.h"
+#include "XmlParseErr/exception_codes.h"
 #include "platform/platform.h"
 
 namespace cblxml {
@@ -50,15 +53,57 @@ bool begins(const unsigned char *doc, uint32_t length, const void *bytes, size_t
 int32_t ebcdic_program_refusal(const unsigned char *doc, uint32_t length)
 {
     if (length >= 1 && doc[0] == 0x3C)
-        return 306;
+        return kAsciiRefusedCode;
     if (length >= 2 && doc[0] == 0x00 && doc[1] == 0x3C)
-        return 310;
-    return 201;
+        return kUtf16RefusedCode;
+    return kGenericExceptionCode;
 }
 
 char16_t ascii_upper(char16_t c)
 {
     return (c >= u'a' && c <= u'z') ? static_cast<char16_t>(c - u'a' + u'A') : c;
+}
+
+xercesc::XMLTranscoder *transcoder_for(const std::u16string &name)
+{
+    xercesc::XMLTransService::Codes res;
+    return xercesc::XMLPlatformUtils::fgTransService->makeNewTranscoderFor(name.c_str(), res, 4096);
+}
+
+// Tree mode: a document in UTF-16 (either order, with or without a mark) as
+// machine-order units, or empty when it is not one.
+std::u16string utf16_units(const unsigned char *doc, uint32_t length)
+{
+    if (length < 2)
+        return {};
+    bool big;
+    if ((doc[0] == 0x00 && doc[1] == 0x3C) || (doc[0] == 0xFE && doc[1] == 0xFF))
+        big = true;
+    else if ((doc[0] == 0x3C && doc[1] == 0x00) || (doc[0] == 0xFF && doc[1] == 0xFE))
+        big = false;
+    else
+        return {};
+    std::u16string units(length / 2, u'\0');
+    for (size_t i = 0; i < units.size(); ++i) {
+        const unsigned char first = doc[2 * i];
+        const unsigned char second = doc[2 * i + 1];
+        units[i] = big ? static_cast<char16_t>(first << 8 | second)
+                       : static_cast<char16_t>(second << 8 | first);
+    }
+    return units;
+}
+
+// Tree mode: the declaration text ("<?xml" up to and including "?>") of a
+// byte document, widened by the platform's multibyte conversion; empty when
+// there is none.
+std::u16string byte_declaration(const unsigned char *doc, uint32_t length)
+{
+    uint32_t from = (length >= 3 && std::memcmp(doc, "\xEF\xBB\xBF", 3) == 0) ? 3 : 0;
+    for (uint32_t i = from; i + 1 < length; ++i) {
+        if (doc[i] == '?' && doc[i + 1] == '>')
+            return platform::utf8_to_utf16(reinterpret_cast<const char *>(doc + from), i + 2 - from);
+    }
+    return {};
 }
 
 } // namespace
@@ -73,176 +118,189 @@ void XmlDomHandlers::refuse(int32_t code, const unsigned char *doc, uint32_t len
         kvt_xe_xmlparse_delete_info(record);
         throw;
     }
-    appendEvent(record);
+    events->appendEvent(record);
     sawErrors = true;
 }
 
-void XmlDomHandlers::constructEventMode(const unsigned char *doc, uint32_t length, void *out,
+std::u16string XmlDomHandlers::detectEncoding(const unsigned char *doc, uint32_t length,
+                                              uint32_t flags)
+{
+    for (const LeadingBytes &row : kDetection) {
+        if (begins(doc, length, row.bytes, row.size))
+            return row.encoding;
+    }
+    if (length == 0) {
+        if (flags & CBLXML_OPT_EBCDIC_DATA)
+            refuse(kGenericExceptionCode, doc, length);  // an empty document has no EBCDIC "<"
+        return {};
+    }
+    if (flags & CBLXML_OPT_EBCDIC_DATA) {
+        if (doc[0] != 0x4C)
+            refuse(ebcdic_program_refusal(doc, length), doc, length);
+        return {};
+    }
+    if (doc[0] == 0x3C)
+        return u"UTF-8";
+    if (begins(doc, length, kEbcdicXmlDecl, sizeof kEbcdicXmlDecl))
+        return u"IBM1140";
+    if (doc[0] == 0x4C)
+        refuse(kEbcdicRefusedCode, doc, length);
+    // Any other first byte: the encoding stays unknown and the data map
+    // converts the document from the program's code page.
+    return {};
+}
+
+void XmlDomHandlers::constructEventMode(const unsigned char *doc, uint32_t length,
                                         uint32_t flags)
 {
-    buildDocText(doc, length, out, flags);
+    national = (flags & CBLXML_OPT_NATIONAL) != 0;
+    std::u16string detected;  // empty: no encoding name
+    if (national) {
+        idesc.class_code = DM_CLASS_NATIONAL;
+        idesc.usage_code = DM_USAGE_NATIONAL;
+    } else {
+        detected = detectEncoding(doc, length, flags);
+    }
+    if (sawErrors)
+        return;
+
+    if (detected.empty()) {
+        convertThroughDataMap(doc, length, flags);
+    } else {
+        transcoder = transcoder_for(detected);
+        uint32_t workLen = length;
+        XMLCh *work = toUtf16(doc, workLen);
+        bool replaced = false;
+        if (starts_with(work, workLen, u"<?xml")) {
+            try {
+                replaced = examineDeclaration(work, workLen, detected, doc, length, flags);
+            } catch (...) {
+                std::free(work);
+                throw;
+            }
+        }
+        if (sawErrors || replaced) {
+            std::free(work);
+            if (sawErrors)
+                return;
+            workLen = length;
+            work = toUtf16(doc, workLen);
+        }
+        docText = work;
+        docTextLen = workLen;
+    }
     // The data map hands the parser UTF-8; so does a document that starts
     // with the UTF-8 mark.
     bomUncounted = docText != nullptr && docTextLen > 0 && docText[0] == 0xFEFF &&
                    (mapHandle != nullptr || begins(doc, length, "\xEF\xBB\xBF", 3));
 }
 
-void XmlDomHandlers::buildDocText(const unsigned char *doc, uint32_t length, void *out,
-                                  uint32_t flags)
+void XmlDomHandlers::convertThroughDataMap(const unsigned char *doc, uint32_t length,
+                                           uint32_t flags)
 {
-    national = (flags & CBLXML_OPT_NATIONAL) != 0;
-    if (out != nullptr)
-        eventTail = *static_cast<xd_parse_info **>(out);
-
-    std::u16string detected;  // empty: no encoding name
-    if (national) {
-        idesc.class_code = DM_CLASS_NATIONAL;
-        idesc.usage_code = DM_USAGE_NATIONAL;
-    } else {
-        for (const LeadingBytes &row : kDetection) {
-            if (begins(doc, length, row.bytes, row.size)) {
-                detected = row.encoding;
-                break;
-            }
-        }
-        if (detected.empty() && length > 0) {
-            if (!(flags & CBLXML_OPT_EBCDIC_DATA)) {
-                if (doc[0] == 0x3C)
-                    detected = u"UTF-8";
-                else if (begins(doc, length, kEbcdicXmlDecl, sizeof kEbcdicXmlDecl))
-                    detected = u"IBM1140";
-                else if (doc[0] == 0x4C)
-                    refuse(300, doc, length);
-                // Any other first byte: the encoding stays unknown and the
-                // data map converts the document from the program's code page.
-            } else if (doc[0] != 0x4C) {
-                refuse(ebcdic_program_refusal(doc, length), doc, length);
-            }
-        } else if (detected.empty() && (flags & CBLXML_OPT_EBCDIC_DATA)) {
-            refuse(201, doc, length);  // an empty document has no EBCDIC "<"
-        }
-    }
-    if (sawErrors)
-        return;
-
-    XMLCh *work = nullptr;
-    docTextLen = length;
-    if (detected.empty()) {
-        mapHandle = DMInit(national ? 0 : (1 | static_cast<int32_t>(flags & CBLXML_OPT_EBCDIC_DATA)),
-                           0, 0, 0, 0);
-        if (mapHandle == nullptr) {
-            // The program's code page cannot be opened: nothing can be read,
-            // so the document is refused rather than parsed as garbage.
-            refuse(201, doc, length);
-            return;
-        }
-        setIdescLen(static_cast<int32_t>(length));
-        // Room for the longest UTF-8 form: 3 bytes per byte of a single-byte
-        // code page, 3 per 2 bytes of UTF-16, plus the terminator.
-        uint32_t converted = platform::utf8_room(length);
-        std::string utf8(converted, '\0');
-        if (platform::get_cbl_data(mapHandle, &idesc, doc, DM_FORM_UTF8, utf8.data(),
-                                   &converted) != 0)
-            converted = 0;
-        if (converted > 0)
-            --converted;  // the data map counts its terminator
-        // A conversion that fails leaves an empty text: the parse then ends
-        // at once with an exception rather than reading garbage.
-        docTextLen = converted;
-        if (converted != 0) {
-            xercesc::XMLTransService::Codes res;
-            transcoder = xercesc::XMLPlatformUtils::fgTransService->makeNewTranscoderFor(
-                u"UTF-8", res, 4096);
-        }
-        work = toUtf16(reinterpret_cast<const unsigned char *>(utf8.data()), docTextLen, false);
-        docText = work;
+    mapHandle = DMInit(national ? 0 : (1 | static_cast<int32_t>(flags & CBLXML_OPT_EBCDIC_DATA)),
+                       0, 0, 0, 0);
+    if (mapHandle == nullptr) {
+        // The program's code page cannot be opened: nothing can be read,
+        // so the document is refused rather than parsed as garbage.
+        refuse(kGenericExceptionCode, doc, length);
         return;
     }
-
-    xercesc::XMLTransService::Codes res;
-    transcoder = xercesc::XMLPlatformUtils::fgTransService->makeNewTranscoderFor(
-        detected.c_str(), res, 4096);
-    uint32_t workLen = length;
-    work = toUtf16(doc, workLen, false);
-    if (!starts_with(work, workLen, u"<?xml")) {
-        docText = work;
-        docTextLen = workLen;
-        return;
-    }
-    bool replaced = false;
-    try {
-        replaced = examineDeclaration(work, workLen, detected, doc, length, flags);
-    } catch (...) {
-        std::free(work);  // not yet the handler's
-        throw;
-    }
-    if (sawErrors) {
-        std::free(work);
-        return;
-    }
-    if (!replaced) {
-        // The work text already is the whole document in the final encoding.
-        docText = work;
-        docTextLen = workLen;
-        return;
-    }
-    std::free(work);
-    docTextLen = length;
-    docText = toUtf16(doc, docTextLen, false);
+    setIdescLen(static_cast<int32_t>(length));
+    // Room for the longest UTF-8 form: 3 bytes per byte of a single-byte
+    // code page, 3 per 2 bytes of UTF-16, plus the terminator.
+    uint32_t converted = platform::utf8_room(length);
+    std::string utf8(converted, '\0');
+    if (platform::get_cbl_data(mapHandle, &idesc, doc, DM_FORM_UTF8, utf8.data(),
+                               &converted) != 0)
+        converted = 0;
+    if (converted > 0)
+        --converted;  // the data map counts its terminator
+    // A conversion that fails leaves an empty text: the parse then ends
+    // at once with an exception rather than reading garbage.
+    docTextLen = converted;
+    if (converted != 0)
+        transcoder = transcoder_for(u"UTF-8");
+    docText = toUtf16(reinterpret_cast<const unsigned char *>(utf8.data()), docTextLen);
 }
 
-bool XmlDomHandlers::examineDeclaration(XMLCh *work, uint32_t workLen, std::u16string &detected,
-                                        const unsigned char *doc, uint32_t length, uint32_t flags)
+bool XmlDomHandlers::examineDeclaration(const XMLCh *work, uint32_t workLen,
+                                        const std::u16string &detected, const unsigned char *doc,
+                                        uint32_t length, uint32_t flags)
 {
-    size_t end = find_decl_end(work, workLen);
-    // The scans below read no further than the end of the declaration.
-    size_t declLen = end < workLen ? end + 2 : workLen;
-    size_t at = find_word(work, declLen, u"encoding");
-    if (at != std::u16string::npos) {
-        // The scan for "=" tests the unit right after the word and does not
-        // move on: "=" or the end stop it where it is, and so does white
-        // space (which would otherwise never end the scan). A value that
-        // cannot be read from there leaves the detected encoding in force.
-        size_t eq = at + 8;
-        size_t valuePos = eq + 1;
-        declValuePos = static_cast<uint32_t>(valuePos + 1);
-        std::u16string declared;
-        size_t pos = valuePos;
-        quote_copy(work, declLen, pos, declared);
-        declValueLen = static_cast<uint32_t>(declared.size());
-        for (char16_t &c : declared)
+    const size_t end = find_decl_end(work, workLen);
+    // The scans read no further than the end of the declaration.
+    const size_t declLen = end < workLen ? end + 2 : workLen;
+    DeclaredEncoding declared = declared_encoding(work, declLen);
+    if (declared.found) {
+        // Only a value whose "=" follows the word at once is read: with
+        // anything between the two the detected encoding stays in force
+        // (the parser reads the declaration itself).
+        if (!declared.adjacent)
+            return false;
+        for (char16_t &c : declared.value)
             c = ascii_upper(c);
-        EncodingName name = normalise_encoding_name(declared);
-        encodingKind = name.kind;
-        if (!name.canonical.empty() && name.canonical != detected &&
-            name.canonical != u"UTF-16" && name.canonical != u"UCS-4") {
-            delete transcoder;
-            transcoder = nullptr;  // the next one may not be made
-            xercesc::XMLTransService::Codes res;
-            transcoder = is_transcoder_name(name.canonical)
-                             ? xercesc::XMLPlatformUtils::fgTransService->makeNewTranscoderFor(
-                                   name.canonical.c_str(), res, 4096)
-                             : nullptr;
-            return true;
-        }
-        return false;
+        const std::u16string canonical = normalise_encoding_name(declared.value);
+        if (canonical.empty() || canonical == detected || canonical == u"UTF-16" ||
+            canonical == u"UCS-4")
+            return false;
+        delete transcoder;
+        transcoder = nullptr;  // the next one may not be made
+        transcoder = is_transcoder_name(canonical) ? transcoder_for(canonical) : nullptr;
+        return true;
     }
     if (!(flags & CBLXML_OPT_EBCDIC_DATA)) {
         if (detected == u"IBM1140")
-            refuse(300, doc, length);
-        return false;
-    }
-    if (detected == u"IBM1140") {
-        encodingKind = 4;
-        declValuePos = declValueLen = static_cast<uint32_t>(end + 2);
+            refuse(kEbcdicRefusedCode, doc, length);
     } else if (detected == u"UTF-8") {
-        refuse(306, doc, length);
+        refuse(kAsciiRefusedCode, doc, length);
     } else if (detected.size() > 6 && detected.compare(0, 6, u"UTF-16") == 0) {
-        refuse(310, doc, length);
-    } else {
-        refuse(201, doc, length);
+        refuse(kUtf16RefusedCode, doc, length);
+    } else if (detected != u"IBM1140") {
+        refuse(kGenericExceptionCode, doc, length);
     }
     return false;
+}
+
+void XmlDomHandlers::constructTreeMode(const unsigned char *doc, uint32_t length)
+{
+    auto &tree = static_cast<TreeSink &>(*sink);
+    // A UTF-16 document is kept as it is; its strings are converted to UTF-8
+    // (no transcoder), so the tree reads the same as for the document in
+    // UTF-8. With a byte-order mark the declaration is not looked for.
+    std::u16string units = utf16_units(doc, length);
+    const bool utf16 = !units.empty();
+    std::u16string declaration;
+    std::u16string encoding;
+    if (utf16) {
+        const size_t end = find_decl_end(units.data(), units.size());
+        if (starts_with(units.data(), units.size(), u"<?xml") && end < units.size())
+            declaration = units.substr(0, end + 2);
+    } else if ((length >= 5 && std::memcmp(doc, "<?xml", 5) == 0) ||
+               (length >= 3 && std::memcmp(doc, "\xEF\xBB\xBF", 3) == 0)) {
+        encoding = u"UTF-8";
+        declaration = byte_declaration(doc, length);
+    }
+    DeclaredEncoding declared = declared_encoding(declaration.data(), declaration.size());
+    if (declared.found)
+        encoding = std::move(declared.value);
+    if (!encoding.empty() && !utf16)
+        transcoder = is_transcoder_name(encoding) ? transcoder_for(encoding) : nullptr;
+    // The name, in the program's form (through the transcoder just made),
+    // goes to the document node.
+    char *name = encoding.empty() ? nullptr : cobolText(encoding.data(), encoding.size(), 0);
+    tree.setEncoding(name, utf16 || transcoder == nullptr);
+
+    if (utf16) {
+        docTextLen = static_cast<uint32_t>(units.size());
+        docText = static_cast<XMLCh *>(std::malloc((units.size() + 1) * sizeof(XMLCh)));
+        if (docText == nullptr)
+            throw std::bad_alloc();
+        std::memcpy(docText, units.c_str(), (units.size() + 1) * sizeof(XMLCh));
+        return;
+    }
+    docTextLen = length;
+    docText = toUtf16(doc, docTextLen);
 }
 
 } // namespace cblxml

@@ -6,42 +6,39 @@ namespace {
 struct NameRow {
     const char16_t *accepted;
     const char16_t *canonical;
-    int32_t kind;
 };
 
-// Tried top to bottom; the comparison is exact on the upper-cased name. The
-// kind tells spellings that only some run-times accept (2 for the 037
-// variants, 3 for the 1140 variants) from the standard names (0).
+// Tried top to bottom; the comparison is exact on the upper-cased name.
 constexpr NameRow kNames[] = {
-    {u"UTF16", u"UTF-16", 0},        {u"UTF-16", u"UTF-16", 0},
-    {u"IBM1200", u"UTF-16", 0},      {u"IBM-1200", u"UTF-16", 0},
-    {u"UCS2", u"UTF-16", 0},         {u"UTF-16 (BE)", u"UTF-16BE", 0},
-    {u"UTF-16BE", u"UTF-16BE", 0},   {u"UTF-16 (LE)", u"UTF-16LE", 0},
-    {u"UTF-16LE", u"UTF-16LE", 0},   {u"UTF8", u"UTF-8", 0},
-    {u"UTF-8", u"UTF-8", 0},         {u"UCS4", u"UCS-4", 0},
-    {u"UCS-4", u"UCS-4", 0},         {u"UCS_4", u"UCS-4", 0},
-    {u"UCS-4 (BE)", u"UCS-4BE", 0},  {u"UCS-4BE", u"UCS-4BE", 0},
-    {u"UCS-4 (LE)", u"UCS-4LE", 0},  {u"UCS-4LE", u"UCS-4LE", 0},
-    {u"IBM037", u"IBM037", 0},       {u"EBCDIC-CP-US", u"IBM037", 0},
-    {u"CP037", u"IBM037", 2},        {u"CP-037", u"IBM037", 2},
-    {u"CP_037", u"IBM037", 2},       {u"IBM-037", u"IBM037", 2},
-    {u"CCSID-037", u"IBM037", 2},    {u"CCSID_037", u"IBM037", 2},
-    {u"IBM1140", u"IBM1140", 0},     {u"IBM01140", u"IBM1140", 0},
-    {u"CCSID01140", u"IBM1140", 0},  {u"CP01140", u"IBM1140", 0},
-    {u"IBM-1140", u"IBM1140", 3},    {u"CP1140", u"IBM1140", 3},
-    {u"CP-1140", u"IBM1140", 3},     {u"CP_1140", u"IBM1140", 3},
-    {u"CCSID-1140", u"IBM1140", 3},  {u"CCSID_1140", u"IBM1140", 3},
+    {u"UTF16", u"UTF-16"},        {u"UTF-16", u"UTF-16"},
+    {u"IBM1200", u"UTF-16"},      {u"IBM-1200", u"UTF-16"},
+    {u"UCS2", u"UTF-16"},         {u"UTF-16 (BE)", u"UTF-16BE"},
+    {u"UTF-16BE", u"UTF-16BE"},   {u"UTF-16 (LE)", u"UTF-16LE"},
+    {u"UTF-16LE", u"UTF-16LE"},   {u"UTF8", u"UTF-8"},
+    {u"UTF-8", u"UTF-8"},         {u"UCS4", u"UCS-4"},
+    {u"UCS-4", u"UCS-4"},         {u"UCS_4", u"UCS-4"},
+    {u"UCS-4 (BE)", u"UCS-4BE"},  {u"UCS-4BE", u"UCS-4BE"},
+    {u"UCS-4 (LE)", u"UCS-4LE"},  {u"UCS-4LE", u"UCS-4LE"},
+    {u"IBM037", u"IBM037"},       {u"EBCDIC-CP-US", u"IBM037"},
+    {u"CP037", u"IBM037"},        {u"CP-037", u"IBM037"},
+    {u"CP_037", u"IBM037"},       {u"IBM-037", u"IBM037"},
+    {u"CCSID-037", u"IBM037"},    {u"CCSID_037", u"IBM037"},
+    {u"IBM1140", u"IBM1140"},     {u"IBM01140", u"IBM1140"},
+    {u"CCSID01140", u"IBM1140"},  {u"CP01140", u"IBM1140"},
+    {u"IBM-1140", u"IBM1140"},    {u"CP1140", u"IBM1140"},
+    {u"CP-1140", u"IBM1140"},     {u"CP_1140", u"IBM1140"},
+    {u"CCSID-1140", u"IBM1140"},  {u"CCSID_1140", u"IBM1140"},
 };
 
 } // namespace
 
-EncodingName normalise_encoding_name(const std::u16string &upperName)
+std::u16string normalise_encoding_name(const std::u16string &upperName)
 {
     for (const NameRow &row : kNames) {
         if (upperName == row.accepted)
-            return {row.canonical, row.kind};
+            return row.canonical;
     }
-    return {upperName, 0};
+    return upperName;
 }
 
 bool is_transcoder_name(const std::u16string &name)

@@ -8,14 +8,9 @@
 
 namespace cblxml {
 
-struct EncodingName {
-    std::u16string canonical;  // the name to use from now on
-    int32_t kind;              // 0, 2 or 3 (the encoding kind of the handler)
-};
-
 // `upperName` is the declared name already upper-cased. A name of the table
-// gives its canonical form and kind; any other name is kept with kind 0.
-EncodingName normalise_encoding_name(const std::u16string &upperName);
+// gives its canonical form; any other name is kept.
+std::u16string normalise_encoding_name(const std::u16string &upperName);
 
 // True when `name` may be handed to the transcoding service: printable ASCII
 // and shorter than kMaxEncodingName. The service copies a name it does not

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <new>
 
-#include "XmlDomHandlers/event_record.h"
+#include "XmlParseErr/event_record.h"
 
 namespace cblxml {
 
@@ -15,25 +15,35 @@ struct EventPool::Slot {
     Slot *nextFree;
 };
 
+struct EventPool::Block {
+    Slot slots[kBlockSlots];
+    Block *next;
+};
+
 EventPool::~EventPool()
 {
-    while (freeSlots != nullptr) {
-        Slot *next = freeSlots->nextFree;
-        std::free(freeSlots);
-        freeSlots = next;
+    while (blocks != nullptr) {
+        Block *next = blocks->next;
+        std::free(blocks);
+        blocks = next;
     }
 }
 
 xd_parse_info *EventPool::take(const char *name)
 {
-    Slot *slot = freeSlots;
-    if (slot != nullptr) {
-        freeSlots = slot->nextFree;
-    } else {
-        slot = static_cast<Slot *>(std::malloc(sizeof(Slot)));
-        if (slot == nullptr)
+    if (freeSlots == nullptr) {
+        auto *block = static_cast<Block *>(std::malloc(sizeof(Block)));
+        if (block == nullptr)
             throw std::bad_alloc();
+        block->next = blocks;
+        blocks = block;
+        for (size_t i = kBlockSlots; i > 0; --i) {
+            block->slots[i - 1].nextFree = freeSlots;
+            freeSlots = &block->slots[i - 1];
+        }
     }
+    Slot *slot = freeSlots;
+    freeSlots = slot->nextFree;
     slot->record = xd_parse_info{};
     slot->record.event_name = slot->name;
     slot->nextFree = nullptr;
@@ -60,18 +70,22 @@ void EventPool::give(xd_parse_info *record)
     freeSlots = slot;
 }
 
-bool EventPool::owns(const xd_parse_info *record)
+bool EventPool::owns(const xd_parse_info *record) const
 {
-    // A record built by new_event has its name in a block of its own, which
-    // can never start right behind the record's 40 bytes.
-    return record->event_name == reinterpret_cast<const char *>(record) + offsetof(Slot, name);
+    const auto at = reinterpret_cast<uintptr_t>(record);
+    for (const Block *block = blocks; block != nullptr; block = block->next) {
+        const auto first = reinterpret_cast<uintptr_t>(&block->slots[0]);
+        if (at >= first && at < first + sizeof block->slots)
+            return true;
+    }
+    return false;
 }
 
 void release_event(EventPool *pool, xd_parse_info *record)
 {
     if (record == nullptr)
         return;
-    if (pool != nullptr && EventPool::owns(record)) {
+    if (pool != nullptr && pool->owns(record)) {
         std::free(record->text);
         record->text = nullptr;
         pool->give(record);

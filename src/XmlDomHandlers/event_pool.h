@@ -2,6 +2,8 @@
 // library (the program sees only the texts), so its name lives inside the
 // record and freed records are kept for reuse: at most a few records are
 // alive at a time, so after the first events no record costs an allocation.
+// Slots come in blocks that the pool keeps until it ends, so a record is
+// known for the pool's by its address alone.
 // Records built with new_event may join the same list; release_event frees
 // either kind.
 #ifndef CBLXML_XMLDOMHANDLERS_EVENT_POOL_H
@@ -27,11 +29,14 @@ public:
     // Keeps a record of this pool for reuse; its text must already be gone.
     void give(xd_parse_info *record);
 
-    // True for a record that take() made (its name is inside the record).
-    static bool owns(const xd_parse_info *record);
+    // True for a record that take() of this pool made: its address lies in
+    // one of the pool's blocks of slots.
+    bool owns(const xd_parse_info *record) const;
 
 private:
     struct Slot;
+    struct Block;
+    static constexpr size_t kBlockSlots = 16;
     // The 30-byte form of the names last asked for, by the address of the
     // name: callers name events with literals, so the padding is worked out
     // once per name rather than once per event.
@@ -42,6 +47,7 @@ private:
     static constexpr size_t kNameCache = 32;
     const char *padded(const char *name);
 
+    Block *blocks = nullptr;  // every slot ever made, in blocks
     Slot *freeSlots = nullptr;
     PaddedName names[kNameCache]{};
 };

@@ -14,7 +14,7 @@
 
 namespace cblxml {
 
-XMLCh *XmlDomHandlers::toUtf16(const unsigned char *source, uint32_t &length, bool utf16Flag)
+XMLCh *XmlDomHandlers::toUtf16(const unsigned char *source, uint32_t &length)
 {
     const size_t room = size_t{length} + 1;
     auto *out = static_cast<XMLCh *>(std::malloc(room * sizeof(XMLCh)));
@@ -66,12 +66,6 @@ XMLCh *XmlDomHandlers::toUtf16(const unsigned char *source, uint32_t &length, bo
         }
         out[produced] = 0;
         length = static_cast<uint32_t>(produced);
-        return out;
-    }
-    if (utf16Flag) {
-        length /= 2;
-        std::memcpy(out, source, size_t{length} * 2);
-        out[length] = 0;
         return out;
     }
     // The platform's multibyte conversion: UTF-8, straight into the text.

@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "XmlDomHandlers/event_record.h"
+#include "XmlParseErr/event_record.h"
 
 namespace cblxml {
 
@@ -25,7 +25,7 @@ int32_t first_that_holds(const TestCode (&rules)[N], DocView doc, int64_t i)
         if (rule.holds(doc, i))
             return rule.code;
     }
-    return kUnclassifiedCode;
+    return kGenericExceptionCode;
 }
 
 // One row of a "the first occurrence of this word lies before the error" rule.
@@ -42,7 +42,7 @@ int32_t first_word_before(const WordCode (&rules)[N], const ErrorSite &site)
         if (at != kNotFound && at < site.position)
             return rule.code;
     }
-    return kUnclassifiedCode;
+    return kGenericExceptionCode;
 }
 
 bool holds_word(DocView doc, const char16_t *word)
@@ -57,7 +57,7 @@ int32_t terminated_reference_code(DocView doc, int64_t ampersand)
         return 13;
     if (begins_with_at(doc, ampersand, u"&#"))
         return 14;
-    return kUnclassifiedCode;
+    return kGenericExceptionCode;
 }
 
 // The code of a reference that runs into a quote, a tag or the end, by
@@ -142,7 +142,7 @@ int32_t UnterminatedCharRefCode(const ErrorSite &site)
 {
     int64_t ampersand = last_at_or_before(site.doc, site.position, u'&');
     if (ampersand == kNotFound)
-        return kUnclassifiedCode;
+        return kGenericExceptionCode;
     if (reference_unterminated(site.doc, ampersand))
         return unterminated_reference_code(site.doc, ampersand);
     return terminated_reference_code(site.doc, ampersand);
@@ -152,7 +152,7 @@ int32_t ExpectedNumericalCharRefCode(const ErrorSite &site)
 {
     int64_t ampersand = last_at_or_before(site.doc, site.position, u'&');
     if (ampersand == kNotFound)
-        return kUnclassifiedCode;
+        return kGenericExceptionCode;
     return terminated_reference_code(site.doc, ampersand);
 }
 
@@ -161,15 +161,15 @@ int32_t BadXMLEncodingCode(const ErrorSite &site)
     const DocView doc = site.doc;
     int64_t word = first_occurrence(doc, u"encoding");
     if (word == kNotFound)
-        return kUnclassifiedCode;
+        return kGenericExceptionCode;
     int64_t doubleQuote = first_after(doc, word, u'"');
     int64_t singleQuote = first_after(doc, word, u'\'');
     int64_t quote = doubleQuote;
     if (quote == kNotFound || (singleQuote != kNotFound && singleQuote < quote))
         quote = singleQuote;
     if (quote == kNotFound || quote + 1 >= static_cast<int64_t>(doc.length))
-        return kUnclassifiedCode;
-    return is_ascii_letter(doc.text[quote + 1]) ? kUnclassifiedCode : 15;
+        return kGenericExceptionCode;
+    return is_ascii_letter(doc.text[quote + 1]) ? kGenericExceptionCode : 15;
 }
 
 int32_t UnterminatedEntityRefCode(const ErrorSite &site)
@@ -177,14 +177,14 @@ int32_t UnterminatedEntityRefCode(const ErrorSite &site)
     const DocView doc = site.doc;
     int64_t ampersand = last_at_or_before(doc, site.position, u'&');
     if (ampersand == kNotFound)
-        return kUnclassifiedCode;
+        return kGenericExceptionCode;
     if (reference_unterminated(doc, ampersand)) {
         if (rest_is_blank(doc, site.position))
             return unterminated_reference_code(doc, ampersand);
-        return xml_char_at(doc, site.position) ? kUnclassifiedCode : 17;
+        return xml_char_at(doc, site.position) ? kGenericExceptionCode : 17;
     }
     int64_t semicolon = first_after(doc, ampersand, u';');
-    return bad_char_between(doc, ampersand, semicolon) ? 17 : kUnclassifiedCode;
+    return bad_char_between(doc, ampersand, semicolon) ? 17 : kGenericExceptionCode;
 }
 
 int32_t ExpectedDeclStringCode(const ErrorSite &site)
@@ -215,7 +215,7 @@ int32_t ExpectedQuotedStringCode(const ErrorSite &site)
         return 104;
     if (encoding && !standalone)
         return 106;
-    return standalone ? 108 : kUnclassifiedCode;
+    return standalone ? 108 : kGenericExceptionCode;
 }
 
 int32_t ExpectedEqSignCode(const ErrorSite &site)
@@ -240,7 +240,7 @@ int32_t ExpectedEqSignCode(const ErrorSite &site)
         return blank ? 106 : 148;
     if (!event_is(last, kStandaloneEvent) && standalone)
         return blank ? 108 : 153;
-    return kUnclassifiedCode;
+    return kGenericExceptionCode;
 }
 
 int32_t UnterminatedStartTagCode(const ErrorSite &site)
@@ -248,7 +248,7 @@ int32_t UnterminatedStartTagCode(const ErrorSite &site)
     const DocView doc = site.doc;
     const int64_t before = site.position - 1;
     if (before < 0 || before >= static_cast<int64_t>(doc.length) || doc.text[before] != u'/')
-        return kUnclassifiedCode;
+        return kGenericExceptionCode;
     return rest_is_blank(doc, site.position) ? 112 : 132;
 }
 
@@ -282,7 +282,7 @@ int32_t ExpectedElementNameCode(const ErrorSite &site)
         {slash_in_tag, 133},
     };
     int32_t code = first_that_holds(kRules, site.doc, site.position);
-    return code == kUnclassifiedCode ? 135 : code;
+    return code == kGenericExceptionCode ? 135 : code;
 }
 
 int32_t ExpectedAttrNameCode(const ErrorSite &site)
@@ -292,7 +292,7 @@ int32_t ExpectedAttrNameCode(const ErrorSite &site)
 
 int32_t ExpectedEntityRefNameCode(const ErrorSite &site)
 {
-    return xml_char_at(site.doc, site.position) ? kUnclassifiedCode : 141;
+    return xml_char_at(site.doc, site.position) ? kGenericExceptionCode : 141;
 }
 
 int32_t ExpectedWhitespaceCode(const ErrorSite &site)

@@ -7,12 +7,10 @@
 #include <cstdint>
 
 #include "cblxml.h"
+#include "XmlParseErr/exception_codes.h"
 #include "XmlParseErr/perr_text.h"
 
 namespace cblxml {
-
-// The XML-CODE of an error that no finer rule classifies.
-constexpr int32_t kUnclassifiedCode = 201;
 
 // Where an error was found. position is at most doc.length (the end).
 struct ErrorSite {
@@ -31,7 +29,7 @@ int32_t fixed_code(const ErrorSite &)
 
 // BlankCode when nothing but blanks follows the error (the input ended
 // early), OtherCode otherwise.
-template <int32_t BlankCode, int32_t OtherCode = kUnclassifiedCode>
+template <int32_t BlankCode, int32_t OtherCode = kGenericExceptionCode>
 int32_t code_if_rest_blank(const ErrorSite &site)
 {
     return rest_is_blank(site.doc, site.position) ? BlankCode : OtherCode;

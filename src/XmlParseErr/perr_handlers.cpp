@@ -3,8 +3,7 @@
 #include <cstdlib>
 #include <type_traits>
 
-#include "XmlDomHandlers/XmlDomHandlers.h"
-#include "XmlDomHandlers/event_record.h"
+#include "XmlParseErr/event_record.h"
 #include "XmlParseErr/pending_record.h"
 
 namespace cblxml {
@@ -38,9 +37,9 @@ int64_t end_of_tag_before(DocView doc, int64_t position)
 }
 
 void finish_exception(xd_parse_info *record, DocView doc, int64_t count, int32_t code,
-                      int32_t national, XmlDomHandlers *handler)
+                      int32_t national, TextConverter &convert)
 {
-    char *text = handler->cobolText(doc.text, static_cast<size_t>(clamp_count(count, doc.length)), national);
+    char *text = convert.cobolText(doc.text, static_cast<size_t>(clamp_count(count, doc.length)), national);
     std::free(record->text);
     record->text = text;
     record->code = code;
@@ -48,7 +47,7 @@ void finish_exception(xd_parse_info *record, DocView doc, int64_t count, int32_t
 }
 
 void EntityNotFound(xd_parse_info *record, const XMLCh *docText, uint32_t docLen,
-                    int32_t position, int32_t national, XmlDomHandlers *handler)
+                    int32_t position, int32_t national, TextConverter &convert)
 {
     const DocView doc{docText, docLen};
     const int64_t at = clamp_position(position, docLen);
@@ -60,8 +59,8 @@ void EntityNotFound(xd_parse_info *record, const XMLCh *docText, uint32_t docLen
         int32_t exceptionCode;
     };
     static constexpr Placement kPlacements[] = {
-        {in_content, "UNKNOWN-REFERENCE-IN-CONTENT", 161},
-        {in_attribute_value, "UNKNOWN-REFERENCE-IN-ATTRIBUTE", 162},
+        {in_content, "UNKNOWN-REFERENCE-IN-CONTENT", kUnknownEntityInContentCode},
+        {in_attribute_value, "UNKNOWN-REFERENCE-IN-ATTRIBUTE", kUnknownEntityInAttributeCode},
     };
     const Placement *placement = nullptr;
     for (const Placement &candidate : kPlacements) {
@@ -73,19 +72,19 @@ void EntityNotFound(xd_parse_info *record, const XMLCh *docText, uint32_t docLen
     if (placement == nullptr) {
         // Neither in content nor in an attribute value: the text stops just
         // before the position.
-        finish_exception(record, doc, at, kUnclassifiedCode, national, handler);
+        finish_exception(record, doc, at, kGenericExceptionCode, national, convert);
         return;
     }
 
     // The exception after a reference event carries an empty text.
     PendingRecord exception(new_event("EXCEPTION"));
-    exception->text = handler->cobolText(docText, 0, national);
+    exception->text = convert.cobolText(docText, 0, national);
     exception->code = placement->exceptionCode;
 
     // The entity's name: the units between the "&" and the ";".
     const int64_t ampersand = last_at_or_before(doc, semicolon, u'&');
     const int64_t nameStart = ampersand == kNotFound ? semicolon : ampersand + 1;
-    char *name = handler->cobolText(docText + nameStart,
+    char *name = convert.cobolText(docText + nameStart,
                                     static_cast<size_t>(semicolon - nameStart), national);
 
     std::free(record->text);

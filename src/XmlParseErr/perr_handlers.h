@@ -21,7 +21,7 @@ int64_t clamp_position(int32_t position, uint32_t docLen);
 // document (clamped to 0 .. docLen) converted for the program; ends the list
 // at the record. The text buffer is owned by the record.
 void finish_exception(xd_parse_info *record, DocView doc, int64_t count, int32_t code,
-                      int32_t national, XmlDomHandlers *handler);
+                      int32_t national, TextConverter &convert);
 
 // Offset of the last ">" before the "<" that starts the tag holding the
 // unit before `position`, or kNotFound.
@@ -30,10 +30,10 @@ int64_t end_of_tag_before(DocView doc, int64_t position);
 // Most handlers: the text runs through the error position.
 template <perr_classifier Classify>
 void classified_exception(xd_parse_info *record, const XMLCh *docText, uint32_t docLen,
-                          int32_t position, int32_t national, XmlDomHandlers *handler)
+                          int32_t position, int32_t national, TextConverter &convert)
 {
     const ErrorSite site{DocView{docText, docLen}, clamp_position(position, docLen), record->prev};
-    finish_exception(record, site.doc, site.position + 1, Classify(site), national, handler);
+    finish_exception(record, site.doc, site.position + 1, Classify(site), national, convert);
 }
 
 // The text ends at the end of the last complete tag before the start tag
@@ -42,18 +42,18 @@ void classified_exception(xd_parse_info *record, const XMLCh *docText, uint32_t 
 // tag's own ">"; the walk starts one unit before it.
 template <int32_t Code>
 void exception_to_last_tag_end(xd_parse_info *record, const XMLCh *docText, uint32_t docLen,
-                               int32_t position, int32_t national, XmlDomHandlers *handler)
+                               int32_t position, int32_t national, TextConverter &convert)
 {
     const DocView doc{docText, docLen};
     finish_exception(record, doc, end_of_tag_before(doc, clamp_position(position, docLen)) + 1,
-                     Code, national, handler);
+                     Code, national, convert);
 }
 
 // An undeclared general entity: a reference event (content or attribute)
 // carrying the entity's name, followed by an "EXCEPTION" record with an empty
 // text; or a plain exception when the reference stands elsewhere.
 void EntityNotFound(xd_parse_info *record, const XMLCh *docText, uint32_t docLen,
-                    int32_t position, int32_t national, XmlDomHandlers *handler);
+                    int32_t position, int32_t national, TextConverter &convert);
 
 inline constexpr xml_perr_op InvalidDocumentStructure = classified_exception<InvalidDocumentStructureCode>;
 inline constexpr xml_perr_op ExpectedCommentOrPI = classified_exception<ExpectedCommentOrPICode>;

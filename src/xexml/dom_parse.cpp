@@ -76,6 +76,7 @@ int32_t parse_document(ParseMemory &memory, const void *document, uint32_t lengt
     EntityGuard guard(*reader, flags);  // no external fetches, bounded entities
 
     XmlDomHandlers handler(document, length, out, errorRecord, flags);
+    guard.reportDeclarationsTo(&handler);
     if (handler.getSawErrors())
         return 0;
     register_handler(*reader, handler, flags);

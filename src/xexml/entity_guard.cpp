@@ -6,6 +6,7 @@
 #include <xercesc/util/XMLString.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
+#include "XmlDomHandlers/XmlDomHandlers.h"
 #include "platform/platform.h"
 
 using xercesc::XMLResourceIdentifier;
@@ -128,6 +129,8 @@ void EntityGuard::internalEntityDecl(const XMLCh *const name, const XMLCh *const
 {
     if (name == nullptr)
         return;
+    if (declarations != nullptr)
+        declarations->entityDeclared(name);
     // Parameter entities (named with their '%') hold declarations; their
     // references inside the internal subset are not counted by the parser,
     // so their size is bounded here alone.
@@ -141,6 +144,8 @@ void EntityGuard::internalEntityDecl(const XMLCh *const name, const XMLCh *const
 void EntityGuard::externalEntityDecl(const XMLCh *const name, const XMLCh *const,
                                      const XMLCh *const systemId)
 {
+    if (declarations != nullptr && name != nullptr)
+        declarations->entityDeclared(name);
     if (name != nullptr && name[0] != u'%' && systemId != nullptr)
         generalEntities.insert(systemId);
 }

@@ -30,6 +30,8 @@
 
 namespace cblxml {
 
+class XmlDomHandlers;
+
 // Their product bounds the text a document can make the parser produce
 // through entities (about 10 million characters), whatever it declares.
 constexpr unsigned kEntityExpansionLimit = 10000;
@@ -43,6 +45,10 @@ public:
     ~EntityGuard() override;
     EntityGuard(const EntityGuard &) = delete;
     EntityGuard &operator=(const EntityGuard &) = delete;
+
+    // Tells `handler` (null: nobody) of every general entity declared, so
+    // that it knows the references the parser skips.
+    void reportDeclarationsTo(XmlDomHandlers *handler) { declarations = handler; }
 
     // Every external resource the parser wants: returns what it may read
     // (an empty text or a grammar file), or throws to refuse it.
@@ -64,6 +70,7 @@ private:
     [[noreturn]] void refuse(const XMLCh *name);
 
     xercesc::SAX2XMLReaderImpl &reader;
+    XmlDomHandlers *declarations = nullptr;
     const bool validating;
     xercesc::SecurityManager security;
     EntitySizes sizes;

@@ -7,9 +7,9 @@
 #include <xercesc/framework/XMLValidityCodes.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 
-#include "XmlDomHandlers/event_record.h"
+#include "XmlParseErr/event_record.h"
+#include "XmlParseErr/exception_codes.h"
 #include "XmlParseErr/pending_record.h"
-#include "XmlParseErr/perr_codes.h"
 #include "xexml/parser_init.h"
 #include "xexml/reader_setup.h"
 
@@ -49,7 +49,7 @@ std::unique_ptr<ParseSession> ParseSession::start(const void *document, uint32_t
 {
     std::unique_ptr<ParseSession> session(new ParseSession(flags));
     PendingRecord prepared(new_event("EXCEPTION"));
-    prepared->code = kUnclassifiedCode;
+    prepared->code = kGenericExceptionCode;
     prepared->text = copy_text(nullptr, 0, 2);
     session->outOfMemory = prepared.release();
     try {
@@ -80,6 +80,7 @@ void ParseSession::open(const void *document, uint32_t length)
     set_features(*reader, flags);
     guard = std::make_unique<EntityGuard>(*reader, flags);  // no external fetches
     handler = std::make_unique<XmlDomHandlers>(document, length, &listHead, nullptr, flags);
+    guard->reportDeclarationsTo(handler.get());
     if (handler->getSawErrors()) {
         closeParser();  // the document was refused before parsing
         return;
@@ -236,6 +237,8 @@ void ParseSession::closeParser()
     // handler, the guard (which takes itself off the reader), the reader.
     source.reset();
     std::string().swap(buffer);
+    if (guard != nullptr)
+        guard->reportDeclarationsTo(nullptr);
     handler.reset();
     guard.reset();
     reader.reset();

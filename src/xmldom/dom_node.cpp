@@ -5,19 +5,31 @@
 // constructors never link a node into a tree; the parser call-backs and the
 // tree-update operations do that.
 #include "cblxml.h"
-#include "xmldom/dom_append.h"
 
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
+
+#include "xmldom/dom_append.h"
+#include "xmldom/dom_document.h"
 
 namespace {
 
 const char kDocumentName[] = "Document";
 const char kTextName[] = "text";
 
+// A document node carries what the tree keeps about its document behind the
+// public node, in the same block: freeing the node frees both.
+struct DocumentRecord {
+    xd_dom_node_t node;
+    bool stringsUtf8;
+};
+static_assert(offsetof(DocumentRecord, node) == 0, "a document record opens with its node");
+
 xd_dom_node_t *new_node(uint32_t kind)
 {
-    auto *node = static_cast<xd_dom_node_t *>(std::calloc(1, sizeof(xd_dom_node_t)));
+    const size_t size = kind == XD_DOM_DOCUMENT ? sizeof(DocumentRecord) : sizeof(xd_dom_node_t);
+    auto *node = static_cast<xd_dom_node_t *>(std::calloc(1, size));
     if (node != nullptr)
         node->kind = kind;
     return node;
@@ -184,10 +196,29 @@ void unlink_head(const xd_dom_node_t *node, const ReleaseRule &rule)
 
 } // namespace
 
-bool cblxml::dom_text_is_blank(const char *chars, uint32_t length)
+namespace cblxml {
+
+bool dom_text_is_blank(const char *chars, uint32_t length)
 {
     return is_blank(chars, length);
 }
+
+void dom_set_strings_utf8(xd_dom_node_t *document, bool utf8)
+{
+    if (document != nullptr && document->kind == XD_DOM_DOCUMENT)
+        reinterpret_cast<DocumentRecord *>(document)->stringsUtf8 = utf8;
+}
+
+const char *dom_document_encoding(const xd_dom_node_t *document)
+{
+    if (document == nullptr || document->kind != XD_DOM_DOCUMENT)
+        return nullptr;
+    if (reinterpret_cast<const DocumentRecord *>(document)->stringsUtf8)
+        return "UTF-8";
+    return document->value;
+}
+
+} // namespace cblxml
 
 extern "C" {
 

@@ -7,9 +7,9 @@
 #include <memory>
 #include <new>
 
-#include "XmlDomHandlers/event_record.h"
+#include "XmlParseErr/event_record.h"
+#include "XmlParseErr/exception_codes.h"
 #include "XmlParseErr/pending_record.h"
-#include "XmlParseErr/perr_codes.h"
 #include "xexml/parse_session.h"
 #include "xmlioint/text_length.h"
 
@@ -44,7 +44,7 @@ xd_parse_info *closing_record(int32_t result)
 {
     xd_parse_info *record = new_event(result == 0 ? "END-OF-DOCUMENT" : "EXCEPTION");
     if (result != 0) {
-        record->code = 201;
+        record->code = kGenericExceptionCode;
         record->text = copy_text(nullptr, 0, 2);
     }
     return record;
@@ -112,7 +112,7 @@ void deliver_out_of_memory(void *state, void *textHolder, void *textLength, void
     store<void *>(textHolder, nullptr);
     store<uint32_t>(textLength, 0);
     if (code != nullptr)
-        kvt_put4ws(code, static_cast<uint32_t>(kUnclassifiedCode));
+        kvt_put4ws(code, static_cast<uint32_t>(kGenericExceptionCode));
     store<xd_parse_info *>(state, nullptr);
 }
 

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "XmlDomHandlers/event_record.h"
+#include "XmlParseErr/event_record.h"
 
 namespace cblxml {
 

@@ -103,6 +103,9 @@ const std::string kVaried =
 const std::string kMalformed = "<?xml version=\"1.0\"?><r><a x=\"1\">text</b></r>";
 const std::string kLatin1 =
     "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><r>caf\xE9 &unknown; <x/></r>";
+// References to entities of the external subset, which is never read.
+const std::string kSkipped = "<!DOCTYPE r SYSTEM \"r.dtd\"><r a=\"x&ext;y\">&laquo;caf\xC3\xA9 "
+                             "&amp;&ext;<s/>&ext;</r>";
 
 TEST(AllocationFailure, EventMode)
 {
@@ -120,6 +123,7 @@ TEST(AllocationFailure, EventMode)
          SIZE_MAX},
         {kMalformed, 0, SIZE_MAX},
         {kLatin1, 0, SIZE_MAX},
+        {kSkipped, 0, SIZE_MAX},
         {kVaried, CBLXML_OPT_VALIDATE, SIZE_MAX},
         // The progressive parse gives way to a whole-document one here.
         {"<?xml version=\"1.1\"\x85" "encoding=\"iso-8859-1\"?>\n<foo/>\n", 0, SIZE_MAX},
@@ -133,7 +137,7 @@ TEST(AllocationFailure, EventMode)
 
 TEST(AllocationFailure, TreeMode)
 {
-    for (const std::string &doc : {kVaried, kMalformed, kLatin1}) {
+    for (const std::string &doc : {kVaried, kMalformed, kLatin1, kSkipped}) {
         xd_dom_node_t *tree = nullptr;
         const xd_dom_node_t *good = parse_tree(doc, &tree) == 0 ? tree : nullptr;
         expect_clean(alloc_sweep::sweep([&] { return check_tree(doc, good); }));

@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-#include "XmlDomHandlers/event_record.h"
+#include "XmlParseErr/event_record.h"
 #include "parse_events.h"
 
 using cblxml_test::Event;

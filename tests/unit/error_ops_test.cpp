@@ -12,7 +12,7 @@
 #include <xercesc/util/XMLUni.hpp>
 
 #include "XmlDomHandlers/XmlDomHandlers.h"
-#include "XmlDomHandlers/event_record.h"
+#include "XmlParseErr/event_record.h"
 #include "XmlParseErr/perr_codes.h"
 #include "XmlParseErr/perr_handlers.h"
 #include "XmlParseErr/perr_text.h"
@@ -358,7 +358,7 @@ protected:
         xd_parse_info *record = new_event("EXCEPTION");
         record->prev = last;
         xml_perr_op_table[index](record, text.data(), static_cast<uint32_t>(text.size()), position,
-                                 1, handler);
+                                 1, *handler);
         return record;
     }
 
@@ -524,7 +524,7 @@ TEST_F(PerrHandlerTest, HandlersThatLookAtTheLastEvent)
     // No record before the exception at all.
     record = new_event("EXCEPTION");
     const std::u16string text = u"<?xml version='1' ";
-    xml_perr_op_table[16](record, text.data(), static_cast<uint32_t>(text.size()), 18, 1, handler);
+    xml_perr_op_table[16](record, text.data(), static_cast<uint32_t>(text.size()), 18, 1, *handler);
     EXPECT_EQ(record->code, 103);
     free_chain(record);
 }

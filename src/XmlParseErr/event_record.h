@@ -1,7 +1,7 @@
 // Construction of XML PARSE event records. A record and its two buffers are
 // owned by the event list until delivery frees them.
-#ifndef CBLXML_XMLDOMHANDLERS_EVENT_RECORD_H
-#define CBLXML_XMLDOMHANDLERS_EVENT_RECORD_H
+#ifndef CBLXML_XMLPARSEERR_EVENT_RECORD_H
+#define CBLXML_XMLPARSEERR_EVENT_RECORD_H
 
 #include <cstddef>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "XmlDomHandlers/event_record.h"
+#include "XmlParseErr/event_record.h"
 
 #include <cstdlib>
 #include <cstring>
