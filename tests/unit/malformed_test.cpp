@@ -312,28 +312,7 @@ TEST(MalformedTest, WarningsGive201ExceptContradictoryEncoding)
 // Tree mode: the error record and the parse result
 // ---------------------------------------------------------------------------
 
-struct TreeParse {
-    xd_dom_node_t *doc = nullptr;
-    xd_dom_parse_err_t record{};
-    int32_t result = -1;
-
-    explicit TreeParse(const std::string &text, uint32_t options = CBLXML_OPT_TREE,
-                       bool withRecord = true)
-    {
-        xd_dom_parse_err_t *rec = &record;
-        result = kvt_xe_xml_dom_parse(text.data(), static_cast<uint32_t>(text.size()), &doc,
-                                      withRecord ? &rec : nullptr, options);
-    }
-    ~TreeParse()
-    {
-        kvt_xe_xml_dom_free_node(doc, 0);
-        std::free(record.message);
-    }
-    std::string message() const
-    {
-        return record.message != nullptr ? static_cast<const char *>(record.message) : "";
-    }
-};
+using cblxml_test::TreeParse;
 
 struct TreeCase {
     const char *label;

@@ -184,15 +184,6 @@ private:
 
 const char kCanary[] = "CANARY-7f3a-MUST-NOT-LEAK";
 
-std::string in_form(const std::string &utf8, uint32_t options)
-{
-    if (options & CBLXML_OPT_NATIONAL)
-        return cblxml_test::national(utf8);
-    if (options & CBLXML_OPT_EBCDIC_DATA)
-        return cblxml_test::ebcdic(utf8);
-    return utf8;
-}
-
 bool contains(const std::string &haystack, const std::string &needle)
 {
     return haystack.find(needle) != std::string::npos;
@@ -220,17 +211,11 @@ void collect_tree(const xd_dom_node_t *node, std::string &out)
 Outcome parse(const std::string &utf8, uint32_t options)
 {
     Outcome outcome;
-    const std::string document = in_form(utf8, options);
+    const std::string document = cblxml_test::in_form(utf8, options);
     if (options & CBLXML_OPT_TREE) {
-        xd_dom_node_t *doc = nullptr;
-        xd_dom_parse_err_t record{};
-        xd_dom_parse_err_t *rec = &record;
-        const int32_t result = kvt_xe_xml_dom_parse(
-            document.data(), static_cast<uint32_t>(document.size()), &doc, &rec, options);
-        collect_tree(doc, outcome.seen);
-        outcome.failed = result != 0 || record.errorCode != 0;
-        kvt_xe_xml_dom_free_node(doc, 0);
-        std::free(record.message);
+        const cblxml_test::TreeParse tree(document, options);
+        collect_tree(tree.doc, outcome.seen);
+        outcome.failed = tree.result != 0 || tree.record.errorCode != 0;
         return outcome;
     }
     for (const Event &e : cblxml_test::parse_events(document, options)) {

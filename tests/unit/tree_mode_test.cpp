@@ -6,26 +6,11 @@
 #include <string>
 
 #include "cblxml.h"
+#include "parse_events.h"
 
 namespace {
 
-struct Tree {
-    xd_dom_node_t *doc = nullptr;
-    xd_dom_parse_err_t record{};
-    int32_t result = -1;
-
-    explicit Tree(const std::string &text, uint32_t options = CBLXML_OPT_TREE)
-    {
-        xd_dom_parse_err_t *rec = &record;
-        result = kvt_xe_xml_dom_parse(text.data(), static_cast<uint32_t>(text.size()), &doc, &rec,
-                                      options);
-    }
-    ~Tree()
-    {
-        kvt_xe_xml_dom_free_node(doc, 0);
-        std::free(record.message);
-    }
-};
+using Tree = cblxml_test::TreeParse;
 
 std::string value(const xd_dom_node_t *n)
 {
@@ -126,21 +111,9 @@ TEST(TreeModeTest, ProcessingInstructionsJoinTheTree)
 TEST(TreeModeTest, EventOptionWordNeverBuildsATreeIntoTheEventList)
 {
     // The tree bit in a program's option word still yields events.
-    xd_parse_info *state = nullptr;
-    std::string doc = "<a/>";
-    void *address = doc.data();
-    void *text = nullptr;
-    uint32_t length = 4, textLength = 0, options = CBLXML_OPT_TREE;
-    unsigned char code[4];
-    char name[CBLXML_EVENT_NAME_LEN];
-    int events = 0;
-    do {
-        CBL_XMLPARSE_INTERFACE(&state, &address, &text, &length, &textLength, code, name, &options);
-        ++events;
-    } while (state != nullptr && events < 10);
-    std::free(text);
-    EXPECT_EQ(events, 4);
-    EXPECT_EQ(std::string(name, 15), "END-OF-DOCUMENT");
+    const auto events = cblxml_test::parse_events("<a/>", CBLXML_OPT_TREE);
+    ASSERT_EQ(events.size(), 4u);
+    EXPECT_EQ(events.back().name, "END-OF-DOCUMENT");
 }
 
 } // namespace

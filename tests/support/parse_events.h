@@ -1,7 +1,8 @@
 // Test support: runs a document through the XML PARSE entry as a COBOL
-// run-time does and collects the events.
-#ifndef CBLXML_TESTS_PARSE_EVENTS_H
-#define CBLXML_TESTS_PARSE_EVENTS_H
+// run-time does and collects the events; puts a document in the form a
+// program holds it in.
+#ifndef CBLXML_SUPPORT_PARSE_EVENTS_H
+#define CBLXML_SUPPORT_PARSE_EVENTS_H
 
 #include <cstdint>
 #include <cstdlib>
@@ -11,6 +12,7 @@
 #include <vector>
 
 #include "cblxml.h"
+#include "xml_delivery.h"
 
 namespace cblxml_test {
 
@@ -40,11 +42,7 @@ inline std::ostream &operator<<(std::ostream &os, const Event &e)
     return os << (e.nullText ? " (null)" : "");
 }
 
-inline int32_t big_endian_code(const unsigned char *code)
-{
-    return static_cast<int32_t>((uint32_t{code[0]} << 24) | (uint32_t{code[1]} << 16) |
-                                (uint32_t{code[2]} << 8) | code[3]);
-}
+using cblxml_support::big_endian_code;
 
 // Every event until the head becomes null (END-OF-DOCUMENT or the last
 // EXCEPTION), at most `limit` of them.
@@ -52,29 +50,19 @@ inline std::vector<Event> parse_events(const std::string &document, uint32_t opt
                                        size_t limit = 1000000)
 {
     std::vector<Event> events;
-    xd_parse_info *state = nullptr;
-    std::string copy = document;
-    void *docAddress = copy.data();
-    void *text = nullptr;
-    auto docLength = static_cast<uint32_t>(copy.size());
-    uint32_t textLength = 0;
-    unsigned char code[4];
-    char name[CBLXML_EVENT_NAME_LEN];
-    do {
-        CBL_XMLPARSE_INTERFACE(&state, &docAddress, &text, &docLength, &textLength, code, name,
-                               &options);
-        Event e;
-        e.name.assign(name, sizeof name);
-        e.name.erase(e.name.find_last_not_of(' ') + 1);
-        e.code = big_endian_code(code);
-        e.nullText = text == nullptr;
-        if (text != nullptr)
-            e.text.assign(static_cast<const char *>(text), textLength);
-        events.push_back(e);
-    } while (state != nullptr && events.size() < limit);
-    if (state != nullptr)
-        CBL_XMLPARSE_INTERFACE(&state, nullptr, &text, nullptr, nullptr, nullptr, nullptr, nullptr);
-    std::free(text);
+    cblxml_support::deliver(
+        document.data(), static_cast<uint32_t>(document.size()), options,
+        [&events](const cblxml_support::Delivered &d) {
+            Event e;
+            e.name.assign(d.name, d.name_length());
+            e.code = d.code;
+            e.nullText = d.text == nullptr;
+            if (d.text != nullptr)
+                e.text.assign(static_cast<const char *>(d.text), d.length);
+            events.push_back(e);
+            return true;
+        },
+        limit);
     return events;
 }
 
@@ -134,8 +122,31 @@ inline std::string in_form(const std::string &utf8, uint32_t options)
     return utf8;
 }
 
-// Event list as "NAME|code|text" strings, texts shown as given by `show`.
-using Lines = std::vector<std::string>;
+// A tree-mode parse through the tree entry, freed with the object.
+struct TreeParse {
+    xd_dom_node_t *doc = nullptr;
+    xd_dom_parse_err_t record{};
+    int32_t result = -1;
+
+    explicit TreeParse(const std::string &text, uint32_t options = CBLXML_OPT_TREE,
+                       bool withRecord = true)
+    {
+        xd_dom_parse_err_t *rec = &record;
+        result = kvt_xe_xml_dom_parse(text.data(), static_cast<uint32_t>(text.size()), &doc,
+                                      withRecord ? &rec : nullptr, options);
+    }
+    ~TreeParse()
+    {
+        kvt_xe_xml_dom_free_node(doc, 0);
+        std::free(record.message);
+    }
+    TreeParse(const TreeParse &) = delete;
+    TreeParse &operator=(const TreeParse &) = delete;
+    std::string message() const
+    {
+        return record.message != nullptr ? static_cast<const char *>(record.message) : "";
+    }
+};
 
 } // namespace cblxml_test
 
