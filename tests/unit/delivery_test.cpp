@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "XmlDomHandlers/event_record.h"
@@ -124,21 +123,6 @@ TEST(DeliveryTest, CleanUpAtEveryPointOfAParse)
     }
 }
 
-TEST(DeliveryTest, CodeItemIsBigEndian)
-{
-    struct { uint32_t value; unsigned char bytes[4]; } cases[] = {
-        {5, {0, 0, 0, 5}},
-        {0xFFFFFFFFu, {0xFF, 0xFF, 0xFF, 0xFF}},
-        {0x01020304u, {1, 2, 3, 4}},
-        {300, {0, 0, 1, 0x2C}},
-    };
-    for (const auto &c : cases) {
-        unsigned char out[4] = {};
-        kvt_put4ws(out, c.value);
-        EXPECT_EQ(std::memcmp(out, c.bytes, 4), 0) << c.value;
-    }
-}
-
 TEST(DeliveryTest, NationalCharacterInAnAlphanumericParseIsUtf16)
 {
     auto events = parse_events("<a>&#x263A;</a>");
@@ -242,29 +226,6 @@ TEST(DeliveryTest, ExceptionEntriesSequenceTheHooks)
     cblxml_register_services(nullptr);
     CBL_XMLIO();
     EXPECT_EQ(calls, (std::vector<std::string>{"begin", "begin", "resume"}));
-}
-
-TEST(DeliveryTest, ThreadsParsingAtOnceGetTheirOwnEvents)
-{
-    std::vector<std::string> docs;
-    for (int t = 0; t < 4; ++t)
-        docs.push_back("<t" + std::to_string(t) + " n='" + std::to_string(t) + "'>" +
-                       std::string(static_cast<size_t>(100 + t), 'x') + "</t" + std::to_string(t) + ">");
-    std::vector<std::vector<Event>> expected;
-    for (const auto &d : docs)
-        expected.push_back(parse_events(d));
-    std::vector<int> mismatches(docs.size(), 0);
-    std::vector<std::thread> threads;
-    for (size_t t = 0; t < docs.size(); ++t) {
-        threads.emplace_back([&, t] {
-            for (int i = 0; i < 50; ++i)
-                mismatches[t] += parse_events(docs[t]) != expected[t];
-        });
-    }
-    for (auto &th : threads)
-        th.join();
-    for (size_t t = 0; t < docs.size(); ++t)
-        EXPECT_EQ(mismatches[t], 0) << "thread " << t;
 }
 
 } // namespace
