@@ -66,29 +66,6 @@ TEST(PerrText, SharedTests)
         EXPECT_EQ(c.holds(view(c.text), c.at), c.expected) << c.test;
 }
 
-TEST(PerrText, CharacterAtThePosition)
-{
-    const std::u16string text = u"a\x01";
-    EXPECT_TRUE(xml_char_at(view(text), 0));
-    EXPECT_FALSE(xml_char_at(view(text), 1));
-    // The end of the text is no bad character.
-    EXPECT_TRUE(xml_char_at(view(text), 2));
-    EXPECT_TRUE(xml_char_at(view(text), 100));
-    EXPECT_FALSE(xml_char_at(view(text), -1));
-}
-
-TEST(PerrText, SearchesStayInsideTheText)
-{
-    const std::u16string text = u"<a>&b;";
-    EXPECT_EQ(last_at_or_before(view(text), 100, u'&'), 3);
-    EXPECT_EQ(last_at_or_before(view(text), 2, u'&'), kNotFound);
-    EXPECT_EQ(last_at_or_before(view(text), -5, u'<'), kNotFound);
-    EXPECT_EQ(first_occurrence(view(text), u"b;"), 4);
-    EXPECT_EQ(first_occurrence(view(text), u";x"), kNotFound);
-    EXPECT_FALSE(begins_with_at(view(text), 5, u";;"));
-    EXPECT_FALSE(begins_with_at(view(text), -1, u"<"));
-}
-
 // ---------------------------------------------------------------------------
 // The code each handler chooses
 // ---------------------------------------------------------------------------

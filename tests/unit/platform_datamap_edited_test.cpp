@@ -6,11 +6,11 @@
 #include <memory>
 #include <string>
 
-#include "cblxml.h"
+#include "datamap.h"
 
 namespace {
 
-using Handle = std::unique_ptr<void, void (*)(void *)>;
+using namespace cblxml_test;
 
 struct EditCase {
     const char *picture;
@@ -20,26 +20,14 @@ struct EditCase {
 };
 
 dm_item_desc edited(uint32_t class_code, const char *picture, uint32_t length) {
-    dm_item_desc desc{};
-    desc.length = length;
-    desc.class_code = class_code;
-    desc.usage_code = DM_USAGE_DISPLAY;
-    desc.format = picture;
-    return desc;
-}
-
-std::string store(void *map, const dm_item_desc &desc, const std::string &text, int32_t *status) {
-    std::string item(desc.length, '\x55');
-    *status = DMSetCblData(map, &desc, item.data(), DM_FORM_UTF8, text.data(),
-                           static_cast<uint32_t>(text.size()));
-    return item;
+    return describe(class_code, DM_USAGE_DISPLAY, length, 0, 0, false, 0, picture);
 }
 
 class EditedItems : public ::testing::TestWithParam<EditCase> {};
 
 TEST_P(EditedItems, EditByPicture) {
     const EditCase &c = GetParam();
-    Handle map(DMInit(1, 0, 0, 0, 0), DMTerm);
+    MapHandle map = open_map(1);
     ASSERT_NE(map, nullptr);
     const dm_item_desc desc =
         edited(c.class_code, c.picture, static_cast<uint32_t>(c.item.size()));
@@ -92,7 +80,7 @@ INSTANTIATE_TEST_SUITE_P(Alphanumeric, EditedItems,
                                            EditCase{"XXBX", kAlnum, "a\xC3\xA9" "b", "a\xC3\xA9 b"}));
 
 TEST(DataMapEdited, CommaDecimalPointSwapsThePictureSymbols) {
-    Handle map(DMInit(1, 0, 0, ',', 0), DMTerm);
+    MapHandle map = open_map(1, ',');
     ASSERT_NE(map, nullptr);
     const dm_item_desc desc = edited(kNum, "Z.ZZ9,99", 8);
     int32_t status = -1;
@@ -101,7 +89,7 @@ TEST(DataMapEdited, CommaDecimalPointSwapsThePictureSymbols) {
 }
 
 TEST(DataMapEdited, EbcdicDataIsEditedInItsCodePage) {
-    Handle map(DMInit(3, 0, 0, 0, 0), DMTerm);
+    MapHandle map = open_map(3);
     ASSERT_NE(map, nullptr);
     const dm_item_desc desc = edited(kNum, "-Z9.9", 5);
     int32_t status = -1;
@@ -110,7 +98,7 @@ TEST(DataMapEdited, EbcdicDataIsEditedInItsCodePage) {
 }
 
 TEST(DataMapEdited, NationalEditedItemsHoldUtf16) {
-    Handle map(DMInit(0, 0, 0, 0, 0), DMTerm);
+    MapHandle map = open_map(0);
     ASSERT_NE(map, nullptr);
     dm_item_desc desc = edited(kNum, "ZZ9.99", 12);
     desc.usage_code = DM_USAGE_NATIONAL;
@@ -129,7 +117,7 @@ struct BadPicture {
 };
 
 TEST(DataMapEdited, BadPictureOrTextLeavesSpaces) {
-    Handle map(DMInit(1, 0, 0, 0, 0), DMTerm);
+    MapHandle map = open_map(1);
     ASSERT_NE(map, nullptr);
     const BadPicture cases[] = {
         {kNum, nullptr, "1"},         {kNum, "", "1"},         {kNum, "Z(3", "1"},
@@ -147,7 +135,7 @@ TEST(DataMapEdited, BadPictureOrTextLeavesSpaces) {
 }
 
 TEST(DataMapEdited, AlphanumericEditedWithoutPictureMovesPlainly) {
-    Handle map(DMInit(1, 0, 0, 0, 0), DMTerm);
+    MapHandle map = open_map(1);
     ASSERT_NE(map, nullptr);
     const dm_item_desc desc = edited(kAlnum, nullptr, 4);
     int32_t status = -1;

@@ -7,11 +7,11 @@
 #include <memory>
 #include <string>
 
-#include "cblxml.h"
+#include "datamap.h"
 
 namespace {
 
-using Handle = std::unique_ptr<void, void (*)(void *)>;
+using namespace cblxml_test;
 
 constexpr int32_t kNative = 1;
 constexpr int32_t kEbcdic = 3;
@@ -20,15 +20,7 @@ enum SignPosition : uint32_t { kTrailing = 1, kLeading = 2, kTrailingSep = 3, kL
 
 dm_item_desc numeric(uint32_t usage, uint32_t length, uint32_t digits, uint32_t scale = 0,
                      bool is_signed = false, uint32_t sign_position = 0) {
-    dm_item_desc desc{};
-    desc.length = length;
-    desc.class_code = DM_CLASS_NUMERIC;
-    desc.usage_code = usage;
-    desc.sign_flag = is_signed ? 1 : 0;
-    desc.sign_position = sign_position;
-    desc.digits = digits;
-    desc.scale = scale;
-    return desc;
+    return describe(DM_CLASS_NUMERIC, usage, length, digits, scale, is_signed, sign_position);
 }
 
 dm_item_desc display(uint32_t length, uint32_t digits, uint32_t scale = 0, bool is_signed = false,
@@ -54,16 +46,6 @@ std::string machine_order(std::string big_endian) {
     return big_endian;
 }
 
-std::string fetch(void *map, const dm_item_desc &desc, const std::string &item, int32_t form,
-                  int32_t *status) {
-    char text[128];
-    uint32_t length = sizeof text;
-    *status = DMGetCblData(map, &desc, item.data(), form, text, &length);
-    if (form == DM_FORM_UTF8 && length > 0)
-        --length;
-    return std::string(text, length);
-}
-
 struct NumericCase {
     const char *what;
     int32_t kind;
@@ -77,7 +59,7 @@ class NumericItems : public ::testing::TestWithParam<NumericCase> {};
 
 TEST_P(NumericItems, StoreGoldenBytesAndGiveTheirValue) {
     const NumericCase &c = GetParam();
-    Handle map(DMInit(c.kind, 0, 0, 0, 0), DMTerm);
+    MapHandle map = open_map(c.kind);
     ASSERT_NE(map, nullptr);
     std::string item(c.desc.length, '\x55');
     EXPECT_EQ(DMSetCblData(map.get(), &c.desc, item.data(), DM_FORM_UTF8, c.text.data(),
@@ -190,7 +172,7 @@ INSTANTIATE_TEST_SUITE_P(
                     bytes_of(2.5), "2.5"}));
 
 TEST(DataMapNumeric, CommaDecimalPoint) {
-    Handle map(DMInit(kNative, 0, 0, ',', 0), DMTerm);
+    MapHandle map = open_map(kNative, ',');
     ASSERT_NE(map, nullptr);
     const dm_item_desc desc = display(6, 6, 1);
     std::string item(6, ' ');
@@ -206,7 +188,7 @@ TEST(DataMapNumeric, CommaDecimalPoint) {
 }
 
 TEST(DataMapNumeric, FloatFormsGiveNoTerminator) {
-    Handle map(DMInit(kNative, 0, 0, 0, 0), DMTerm);
+    MapHandle map = open_map(kNative);
     ASSERT_NE(map, nullptr);
     const dm_item_desc desc = numeric(DM_USAGE_COMP1, 4, 0);
     const std::string item = bytes_of(-2.25f);
@@ -233,7 +215,7 @@ class RefusedText : public ::testing::TestWithParam<RefusedCase> {};
 
 TEST_P(RefusedText, StoresZeroAndReportsFailure) {
     const RefusedCase &c = GetParam();
-    Handle map(DMInit(c.kind, 0, 0, 0, 0), DMTerm);
+    MapHandle map = open_map(c.kind);
     ASSERT_NE(map, nullptr);
     std::string item(c.desc.length, '\x55');
     EXPECT_EQ(DMSetCblData(map.get(), &c.desc, item.data(), DM_FORM_UTF8, c.text.data(),
@@ -266,7 +248,7 @@ INSTANTIATE_TEST_SUITE_P(
         RefusedCase{"sign code out of range", kNative, display(3, 3, 0, true, 9), "1", "000"}));
 
 TEST(DataMapNumeric, InvalidItemDataGivesNoText) {
-    Handle map(DMInit(kNative, 0, 0, 0, 0), DMTerm);
+    MapHandle map = open_map(kNative);
     ASSERT_NE(map, nullptr);
     int32_t status = 0;
     EXPECT_EQ(fetch(map.get(), numeric(DM_USAGE_PACKED, 2, 3, 0, true),

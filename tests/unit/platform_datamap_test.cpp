@@ -6,29 +6,20 @@
 #include <cstring>
 #include <memory>
 #include <string>
-#include <thread>
-#include <vector>
 
 #include "cblxml.h"
+#include "datamap.h"
 #include "platform/platform.h"
 
 namespace {
 
-using Handle = std::unique_ptr<void, void (*)(void *)>;
+using cblxml_test::describe;
+using cblxml_test::open_map;
+using Handle = cblxml_test::MapHandle;
 
 constexpr int32_t kNationalDocument = 0;
 constexpr int32_t kNativeData = 1;
 constexpr int32_t kEbcdicData = 3;
-
-Handle open_map(int32_t kind) { return Handle(DMInit(kind, 0, 0, 0, 0), DMTerm); }
-
-dm_item_desc describe(uint32_t class_code, uint32_t usage_code, uint32_t length) {
-    dm_item_desc desc{};
-    desc.length = length;
-    desc.class_code = class_code;
-    desc.usage_code = usage_code;
-    return desc;
-}
 
 dm_item_desc alphanumeric(uint32_t length) {
     return describe(DM_CLASS_ALPHANUMERIC, DM_USAGE_DISPLAY, length);
@@ -39,23 +30,18 @@ dm_item_desc national(uint32_t length) {
 
 // Stores `text` into an item of the description and returns the item bytes.
 std::string store(void *handle, const dm_item_desc &desc, const std::string &text) {
-    std::string item(desc.length, '\x01');
-    EXPECT_EQ(DMSetCblData(handle, &desc, item.data(), DM_FORM_UTF8, text.data(),
-                           static_cast<uint32_t>(text.size())),
-              0);
+    int32_t status = -1;
+    const std::string item = cblxml_test::store(handle, desc, text, &status, '\x01');
+    EXPECT_EQ(status, 0);
     return item;
 }
 
-// The form-64 text of an item, checked for its counted terminator.
+// The UTF-8 text of an item.
 std::string fetch(void *handle, const dm_item_desc &desc, const std::string &item) {
-    std::string text(desc.length * 4 + 1, '\x01');
-    uint32_t length = static_cast<uint32_t>(text.size());
-    EXPECT_EQ(DMGetCblData(handle, &desc, item.data(), DM_FORM_UTF8, text.data(), &length), 0);
-    EXPECT_GE(length, 1u);
-    if (length == 0)
-        return {};
-    EXPECT_EQ(text[length - 1], '\0');
-    return text.substr(0, length - 1);
+    int32_t status = -1;
+    const std::string text = cblxml_test::fetch(handle, desc, item, DM_FORM_UTF8, &status);
+    EXPECT_EQ(status, 0);
+    return text;
 }
 
 std::u16string national_units(const std::string &item) {
@@ -306,19 +292,6 @@ TEST(DataMapRoom, TooSmallRoomWritesNothingBeyondIt) {
     EXPECT_EQ(text, std::string("a\xE2\x82\xAC" "b\0xx", 8));
 }
 
-TEST(DataMapRoom, FloatFormsHaveNoTerminator) {
-    Handle map = open_map(kNativeData);
-    ASSERT_NE(map, nullptr);
-    const dm_item_desc desc = alphanumeric(3);
-    for (int32_t form : {DM_FORM_FLOAT, DM_FORM_DOUBLE}) {
-        std::string text(4, 'x');
-        uint32_t length = 3;
-        EXPECT_EQ(DMGetCblData(map.get(), &desc, "abc", form, text.data(), &length), 0);
-        EXPECT_EQ(length, 3u);
-        EXPECT_EQ(text, "abcx");
-    }
-}
-
 TEST(DataMapSize, StoredSizeFitsTheTextExactly) {
     struct SizeCase {
         int32_t kind;
@@ -406,31 +379,6 @@ TEST(DataMapArguments, UnsupportedDescriptionLeavesTheItemAlone) {
         EXPECT_EQ(length, 0u);
         EXPECT_EQ(text[0], '\0');
     }
-}
-
-TEST(DataMapThreads, OneHandleServesSeveralThreads) {
-    Handle map = open_map(kEbcdicData);
-    ASSERT_NE(map, nullptr);
-    std::vector<std::thread> threads;
-    std::vector<int> failures(4, 0);
-    for (int t = 0; t < 4; ++t)
-        threads.emplace_back([&map, &failures, t] {
-            const dm_item_desc desc = alphanumeric(8);
-            for (int i = 0; i < 2000; ++i) {
-                char item[8];
-                const std::string text = "<?xml " + std::to_string(t);
-                DMSetCblData(map.get(), &desc, item, DM_FORM_UTF8, text.data(),
-                             static_cast<uint32_t>(text.size()));
-                char back[16];
-                uint32_t length = sizeof back;
-                if (DMGetCblData(map.get(), &desc, item, DM_FORM_UTF8, back, &length) != 0 ||
-                    std::string(back) != text + " ")
-                    ++failures[t];
-            }
-        });
-    for (std::thread &thread : threads)
-        thread.join();
-    EXPECT_EQ(failures, std::vector<int>(4, 0));
 }
 
 } // namespace
