@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "cblxml.h"
+#include "platform/platform.h"
 #include "xml_delivery.h"
 
 namespace cblxml_test {
@@ -69,26 +70,8 @@ inline std::vector<Event> parse_events(const std::string &document, uint32_t opt
 // UTF-8 to UTF-16 in machine order, as a national item holds it.
 inline std::string national(const std::string &utf8)
 {
-    std::string out;
-    auto put = [&](uint32_t unit) {
-        out.push_back(static_cast<char>(unit & 0xFF));
-        out.push_back(static_cast<char>(unit >> 8));
-    };
-    for (size_t i = 0; i < utf8.size();) {
-        auto b = static_cast<unsigned char>(utf8[i]);
-        size_t n = b < 0x80 ? 1 : b < 0xE0 ? 2 : b < 0xF0 ? 3 : 4;
-        uint32_t c = n == 1 ? b : b & (0xFFu >> (n + 1));
-        for (size_t k = 1; k < n && i + k < utf8.size(); ++k)
-            c = (c << 6) | (static_cast<unsigned char>(utf8[i + k]) & 0x3F);
-        i += n;
-        if (c >= 0x10000) {
-            put(0xD800 + ((c - 0x10000) >> 10));
-            put(0xDC00 + ((c - 0x10000) & 0x3FF));
-        } else {
-            put(c);
-        }
-    }
-    return out;
+    const std::u16string units = cblxml::platform::utf8_to_utf16(utf8.data(), utf8.size());
+    return std::string(reinterpret_cast<const char *>(units.data()), units.size() * 2);
 }
 
 // UTF-8 to the EBCDIC code page IBM-1140, through the library's data map.
