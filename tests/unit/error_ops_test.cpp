@@ -151,136 +151,81 @@ TEST(PerrIndex, EverySlotHasAHandlerAndEveryMappedIndexHasASlot)
 // The records the handlers build
 // ---------------------------------------------------------------------------
 
-// A handler over a small national document: texts come back as the UTF-16
-// units they were made from, so their lengths are easy to check.
-class PerrHandlerTest : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-        ASSERT_TRUE(ensure_parser_initialised());
-        sentinel = static_cast<xd_parse_info *>(std::calloc(1, sizeof(xd_parse_info)));
-        head = sentinel;
-        handler = new XmlDomHandlers(document.data(), static_cast<uint32_t>(document.size() * 2),
-                                     &head, nullptr, CBLXML_OPT_NATIONAL);
-        last = new_event("START-OF-DOCUMENT");
-    }
-    void TearDown() override
-    {
-        delete handler;
-        for (xd_parse_info *r = sentinel->next; r != nullptr;) {
-            xd_parse_info *next = r->next;
-            kvt_xe_xmlparse_delete_info(r);
-            r = next;
-        }
-        std::free(sentinel);
-        kvt_xe_xmlparse_delete_info(last);
-    }
-
-    // Runs slot `index` over `text` and returns the chain it built.
-    xd_parse_info *run(int index, const std::u16string &text, int32_t position)
-    {
-        xd_parse_info *record = new_event("EXCEPTION");
-        record->prev = last;
-        xml_perr_op_table[index](record, text.data(), static_cast<uint32_t>(text.size()), position,
-                                 1, handler);
-        return record;
-    }
-
-    static std::u16string text_of(const xd_parse_info *record)
-    {
-        return record->text != nullptr ? std::u16string(reinterpret_cast<const char16_t *>(record->text))
-                                       : std::u16string();
-    }
-
-    static void free_chain(xd_parse_info *record)
-    {
-        while (record != nullptr) {
-            xd_parse_info *next = record->next;
-            kvt_xe_xmlparse_delete_info(record);
-            record = next;
-        }
-    }
-
-    std::u16string document = u"<a/>";
-    xd_parse_info *sentinel = nullptr;
-    xd_parse_info *head = nullptr;
-    xd_parse_info *last = nullptr;
-    XmlDomHandlers *handler = nullptr;
+// Runs table slot `index` over a national `text` after a record named
+// `last` (none for null) and gives the code and text of the record it built
+// (UTF-16 units, easy to count), its name and whether a record follows.
+struct Built {
+    int32_t code;
+    std::u16string text;
+    std::string name;
+    bool followed;
 };
 
-TEST_F(PerrHandlerTest, PositionsOutsideTheTextAreClamped)
+Built run(int index, const std::u16string &text, int32_t position,
+          const char *last = "START-OF-DOCUMENT")
 {
-    const std::u16string text = u"<a>x";
-    struct Case {
+    EXPECT_TRUE(ensure_parser_initialised());
+    const std::u16string document = u"<a/>";
+    xd_parse_info *head = nullptr;
+    XmlDomHandlers handler(document.data(), static_cast<uint32_t>(document.size() * 2), &head,
+                           nullptr, CBLXML_OPT_NATIONAL);
+    xd_parse_info *record = new_event("EXCEPTION");
+    record->prev = last != nullptr ? new_event(last) : nullptr;
+    xml_perr_op_table[index](record, text.data(), static_cast<uint32_t>(text.size()), position, 1,
+                             &handler);
+    Built built{record->code, u"", std::string(record->event_name, CBLXML_EVENT_NAME_LEN),
+                record->next != nullptr};
+    built.name.erase(built.name.find_last_not_of(' ') + 1);
+    if (record->text != nullptr)
+        built.text = reinterpret_cast<const char16_t *>(record->text);
+    if (record->prev != nullptr)
+        kvt_xe_xmlparse_delete_info(record->prev);
+    while (record != nullptr) {
+        xd_parse_info *next = record->next;
+        kvt_xe_xmlparse_delete_info(record);
+        record = next;
+    }
+    return built;
+}
+
+TEST(PerrHandlers, PositionsOutsideTheTextAreClamped)
+{
+    const struct {
         int32_t position;
         std::u16string expected;
-    };
-    const Case cases[] = {{1000000, u"<a>x"}, {4, u"<a>x"}, {-7, u"<"}, {0, u"<"}};
+    } rows[] = {{1000000, u"<a>x"}, {4, u"<a>x"}, {-7, u"<"}, {0, u"<"}};
     for (int index = 1; index < kPerrTableSize; ++index) {
         if (index == 3 || index == 4 || index == 37)
             continue;  // their texts end elsewhere, checked below
-        for (const Case &c : cases) {
-            xd_parse_info *record = run(index, text, c.position);
-            EXPECT_EQ(text_of(record), c.expected) << index << " at " << c.position;
-            free_chain(record);
-        }
+        for (const auto &r : rows)
+            EXPECT_EQ(run(index, u"<a>x", r.position).text, r.expected) << index << " at "
+                                                                          << r.position;
     }
     // A duplicate attribute with no tag before it.
-    xd_parse_info *untagged = run(3, u"no tag", 500);
-    EXPECT_EQ(text_of(untagged), u"");
-    free_chain(untagged);
+    EXPECT_EQ(run(3, u"no tag", 500).text, u"");
     // An empty document: nothing to read on either side.
     for (int index = 1; index < kPerrTableSize; ++index) {
-        xd_parse_info *record = run(index, u"", 5);
-        EXPECT_EQ(text_of(record), u"") << index;
-        EXPECT_NE(record->code, 0) << index;
-        free_chain(record);
+        const Built built = run(index, u"", 5);
+        EXPECT_EQ(built.text, u"") << index;
+        EXPECT_NE(built.code, 0) << index;
     }
 }
 
-TEST_F(PerrHandlerTest, UndeclaredEntityElsewhereIsAPlainException)
+// Cases only a synthetic text reaches: an undeclared entity outside content
+// and values is a plain exception; a reference without "&" has an empty name;
+// the declaration slot looks at the record before the exception.
+TEST(PerrHandlers, SyntheticTexts)
 {
-    struct Case {
-        std::u16string text;
-        int32_t position;
-        std::u16string expected;
-    };
-    const Case cases[] = {
-        {u"&foo;", 0, u""},
-        {u"", 3, u""},
-    };
-    for (const Case &c : cases) {
-        xd_parse_info *record = run(37, c.text, c.position);
-        EXPECT_TRUE(event_is(record, "EXCEPTION"));
-        EXPECT_EQ(record->code, 201);
-        EXPECT_EQ(record->next, nullptr);
-        EXPECT_EQ(text_of(record), c.expected);
-        free_chain(record);
-    }
-}
-
-TEST_F(PerrHandlerTest, ReferenceWithoutAmpersandHasAnEmptyName)
-{
-    // Only a synthetic text can lack the "&": the name is then empty.
-    xd_parse_info *record = run(37, u"<a>foo;x", 7);
-    EXPECT_TRUE(event_is(record, "UNKNOWN-REFERENCE-IN-CONTENT"));
-    EXPECT_EQ(text_of(record), u"");
-    free_chain(record);
-}
-
-TEST_F(PerrHandlerTest, HandlersThatLookAtTheLastEvent)
-{
-    kvt_xe_xmlparse_delete_info(last);
-    last = new_event("VERSION-INFORMATION");
-    xd_parse_info *record = run(16, u"<?xml version='1' ", 18);
-    EXPECT_EQ(record->code, 101);
-    free_chain(record);
-    // No record before the exception at all.
-    record = new_event("EXCEPTION");
-    const std::u16string text = u"<?xml version='1' ";
-    xml_perr_op_table[16](record, text.data(), static_cast<uint32_t>(text.size()), 18, 1, handler);
-    EXPECT_EQ(record->code, 103);
-    free_chain(record);
+    const Built plain = run(37, u"&foo;", 0);
+    EXPECT_EQ(plain.name, "EXCEPTION");
+    EXPECT_EQ(plain.code, 201);
+    EXPECT_FALSE(plain.followed);
+    EXPECT_EQ(run(37, u"", 3).text, u"");
+    const Built unnamed = run(37, u"<a>foo;x", 7);
+    EXPECT_EQ(unnamed.name, "UNKNOWN-REFERENCE-IN-CONTENT");
+    EXPECT_EQ(unnamed.text, u"");
+    EXPECT_EQ(run(16, u"<?xml version='1' ", 18, "VERSION-INFORMATION").code, 101);
+    EXPECT_EQ(run(16, u"<?xml version='1' ", 18, nullptr).code, 103);
 }
 
 } // namespace
