@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "cblxml.h"
+#include "datamap.h"
 #include "platform/platform.h"
 #include "xml_delivery.h"
 
@@ -74,24 +75,16 @@ inline std::string national(const std::string &utf8)
     return std::string(reinterpret_cast<const char *>(units.data()), units.size() * 2);
 }
 
-// UTF-8 to the EBCDIC code page IBM-1140, through the library's data map.
+// UTF-8 to the EBCDIC code page IBM-1140, through the library's data map:
+// one byte per character.
 inline std::string ebcdic(const std::string &utf8)
 {
-    void *map = DMInit(3, 0, 0, 0, 0);
-    std::string out(utf8.size(), '\0');
-    dm_item_desc item{};
-    item.class_code = DM_CLASS_ALPHANUMERIC;
-    item.usage_code = DM_USAGE_DISPLAY;
-    // One byte per character in a single-byte code page: size to the text.
-    size_t chars = 0;
+    uint32_t chars = 0;
     for (unsigned char c : utf8)
         chars += (c & 0xC0) != 0x80;
-    out.resize(chars);
-    item.length = static_cast<uint32_t>(chars);
-    DMSetCblData(map, &item, out.data(), DM_FORM_UTF8, utf8.data(),
-                 static_cast<uint32_t>(utf8.size()));
-    DMTerm(map);
-    return out;
+    int32_t status = 0;
+    return store(open_map(3).get(), describe(DM_CLASS_ALPHANUMERIC, DM_USAGE_DISPLAY, chars), utf8,
+                 &status);
 }
 
 // The document as a program with option word `options` holds it: national

@@ -44,8 +44,6 @@ TEST(EncodingTest, RefusedDocumentsGiveOneExceptionAndNothingElse)
 TEST(EncodingTest, EbcdicDocumentsAreParsed)
 {
     struct { const char *label; std::string document; uint32_t options; } cases[] = {
-        {"converted by the data map", cblxml_test::ebcdic("<a b='c'>d</a>"),
-         CBLXML_OPT_EBCDIC_DATA},
         {"declared EBCDIC encoding, converted by the data map",
          cblxml_test::ebcdic("<?xml version='1.0' encoding='IBM-1140'?><a>\xE2\x82\xAC</a>"),
          CBLXML_OPT_EBCDIC_DATA},
@@ -60,9 +58,6 @@ TEST(EncodingTest, EbcdicDocumentsAreParsed)
         for (const auto &e : events)
             EXPECT_NE(e.name, "EXCEPTION") << e;
     }
-    auto events = parse_events(cblxml_test::ebcdic("<a>\xE2\x82\xAC</a>"), CBLXML_OPT_EBCDIC_DATA);
-    ASSERT_GE(events.size(), 3u);
-    EXPECT_EQ(events[2].text, "\x9F") << "the euro sign in IBM-1140";
 }
 
 TEST(EncodingTest, LeadingFFFE0000IsUtf16LittleEndian)

@@ -138,7 +138,7 @@ INSTANTIATE_TEST_SUITE_P(AllForms, EventsTest,
                          ::testing::Values(kAlphanumeric, kNational, kEbcdic));
 
 // Documents whose events differ by form: the declared encoding, validation
-// only, and a byte-order mark, for which the parser counts no column (so
+// only, tree mode, and a byte-order mark, for which the parser counts no column (so
 // positions on line 1 still land on the right character). The events from
 // `at` on (0: all of them), or from the end backwards for a negative `at`.
 TEST(EventsTest, AlphanumericOnly)
@@ -155,6 +155,8 @@ TEST(EventsTest, AlphanumericOnly)
         // Text comes back in the document's own encoding.
         {"<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><r>\xE9</r>", 0, 2, {{"ENCODING-DECLARATION", 0, "ISO-8859-1"}, {"START-OF-ELEMENT", 0, "r"}, {"CONTENT-CHARACTERS", 0, "\xE9"}}},
         {"<!DOCTYPE r [<!ELEMENT r EMPTY>]><r/>", CBLXML_OPT_VALIDATE_ONLY, 0, {{"END-OF-DOCUMENT", 0, "", true}}},
+        // The tree bit in a program's option word still yields events.
+        {"<a/>", CBLXML_OPT_TREE, 0, {{"START-OF-DOCUMENT", 0, "<a/>"}, {"START-OF-ELEMENT", 0, "a"}, {"END-OF-ELEMENT", 0, "a"}, {"END-OF-DOCUMENT", 0, "", true}}},
         {"\xEF\xBB\xBF<a x=\"1&lt;2\">t&amp;u</a>", 0, 4, {{"ATTRIBUTE-CHARACTER", 0, "<"}, {"ATTRIBUTE-CHARACTERS", 0, "2"}, {"CONTENT-CHARACTERS", 0, "t"}, {"CONTENT-CHARACTER", 0, "&"}}},
         {"\xEF\xBB\xBF<a><b></a>", 0, -1, {{"EXCEPTION", 5, "\xEF\xBB\xBF<a><b></a"}}},
         {"\xEF\xBB\xBF<r>\n<a><b></a></r>", 0, -1, {{"EXCEPTION", 5, "\xEF\xBB\xBF<r>\n<a><b></a"}}},

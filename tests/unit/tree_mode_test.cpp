@@ -62,13 +62,16 @@ TEST(TreeModeTest, BuildsElementsAttributesAndMergedText)
     EXPECT_EQ(c->next_sibling->parent, r);
 }
 
-TEST(TreeModeTest, TrailingBlanksBecomeSpaces)
+TEST(TreeModeTest, TrailingBlanksBecomeSpacesAndProcessingInstructionsJoin)
 {
-    Tree t("<r><c>x\t\r\n</c><d>\t</d></r>");
+    Tree t("<?a b?><r><c>x\t\r\n</c><d>\t</d><?c d?></r>");
     ASSERT_EQ(t.result, 0);
-    const xd_dom_node_t *c = t.doc->first_child->first_child;
+    EXPECT_STREQ(t.doc->first_child->name, "a");
+    const xd_dom_node_t *c = t.doc->first_child->next_sibling->first_child;
     EXPECT_EQ(value(c->first_child), "x  ") << "tab and line end turned into spaces";
     EXPECT_EQ(c->next_sibling->first_child, nullptr) << "a lone tab becomes a blank";
+    EXPECT_STREQ(c->next_sibling->next_sibling->name, "c");
+    EXPECT_EQ(value(c->next_sibling->next_sibling), "d");
 }
 
 TEST(TreeModeTest, ManyReferencesMergeIntoOneNode)
@@ -97,23 +100,6 @@ TEST(TreeModeTest, Utf16DocumentsAreRead)
     ASSERT_NE(r, nullptr);
     EXPECT_EQ(value(r->first_attribute), "\xC3\xA9");
     EXPECT_EQ(value(r->first_child), "\xE2\x82\xAC");
-}
-
-TEST(TreeModeTest, ProcessingInstructionsJoinTheTree)
-{
-    Tree t("<?a b?><r><?c d?></r>");
-    ASSERT_EQ(t.result, 0);
-    EXPECT_STREQ(t.doc->first_child->name, "a");
-    EXPECT_STREQ(t.doc->first_child->next_sibling->first_child->name, "c");
-    EXPECT_EQ(value(t.doc->first_child->next_sibling->first_child), "d");
-}
-
-TEST(TreeModeTest, EventOptionWordNeverBuildsATreeIntoTheEventList)
-{
-    // The tree bit in a program's option word still yields events.
-    const auto events = cblxml_test::parse_events("<a/>", CBLXML_OPT_TREE);
-    ASSERT_EQ(events.size(), 4u);
-    EXPECT_EQ(events.back().name, "END-OF-DOCUMENT");
 }
 
 } // namespace
