@@ -146,6 +146,9 @@ const std::vector<MalformedCase> &malformed_cases()
         {37, "<a b=\"x&name;\"/>"s, 162, ""s, "UNKNOWN-REFERENCE-IN-ATTRIBUTE|name"s},
         {37, "<!DOCTYPE a [<!ATTLIST a b CDATA \"&foo;\">]><a/>"s, 201, "<!DOCTYPE a [<!ATTLIST a b CDATA \"&foo;"s},
         {37, "<!DOCTYPE a [<!ENTITY e \"&foo;\">]><a>&e;</a>"s, 161, ""s, "UNKNOWN-REFERENCE-IN-CONTENT|e"s},
+        // A refused external entity: the text runs to the reference, so the program sees what
+        // was refused; content before it is kept.
+        {0, "<!DOCTYPE r [<!ENTITY e SYSTEM \"/etc/hostname\">]><r>a&e;b</r>"s, 201, "<!DOCTYPE r [<!ENTITY e SYSTEM \"/etc/hostname\">]><r>a&e;b"s, "CONTENT-CHARACTERS|a"s},
         // Lines that end in CR LF keep the position.
         {3, "<r>\r\n<a b='1' b='2'/>\r\n</r>"s, 3, "<r>"s},
         {38, "<r>\r\n<a\r\n b='1"s, 110, "<r>\r\n<a\r\n b='1"s},

@@ -255,19 +255,6 @@ TEST(SecurityTest, NamedFilesAndAddressesAreNeverReadInAnyOptionWord)
     EXPECT_EQ(server.connections(), 0) << "a parse connected to the loopback server";
 }
 
-TEST(SecurityTest, RefusedEntityEndsInAnExceptionAtTheReference)
-{
-    const auto events = cblxml_test::parse_events(
-        "<!DOCTYPE r [<!ENTITY e SYSTEM \"/etc/hostname\">]><r>a&e;b</r>");
-    ASSERT_GE(events.size(), 2u);
-    const Event &last = events.back();
-    EXPECT_EQ(last.name, "EXCEPTION");
-    EXPECT_EQ(last.code, 201);
-    EXPECT_EQ(last.text.substr(last.text.size() - 4), "&e;b")
-        << "the text runs to the reference, so the program sees what was refused";
-    EXPECT_EQ(events[events.size() - 2].text, "a") << "content before the reference is kept";
-}
-
 // The content characters of an event-mode parse, and whether it failed.
 std::string content_of(const std::string &document, bool *failed)
 {
