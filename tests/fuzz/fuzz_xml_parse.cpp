@@ -77,17 +77,6 @@ void engine_events(const std::string &document, uint32_t options)
     std::free(sentinel);
 }
 
-void tree(const std::string &document, uint32_t options)
-{
-    xd_dom_node_t *doc = nullptr;
-    xd_dom_parse_err_t record{};
-    xd_dom_parse_err_t *rec = &record;
-    kvt_xe_xml_dom_parse(document.data(), static_cast<uint32_t>(document.size()), &doc, &rec,
-                         options);
-    kvt_xe_xml_dom_free_node(doc, 0);
-    std::free(record.message);
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
@@ -98,8 +87,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     std::string document = input.rest();
     if (head & 0x20)
         document = cblxml_test::in_form(document, options);
-    if (options & CBLXML_OPT_TREE)
-        tree(document, options);
+    if (options & CBLXML_OPT_TREE) {
+        const cblxml_test::TreeParse tree(document, options);
+    }
     switch (head >> 6) {
     case 0: deliver_all(document, options, 1000000); break;
     case 1: deliver_wrapped(document, options); break;
