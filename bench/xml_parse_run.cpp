@@ -4,35 +4,27 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "cblxml.h"
+#include "xml_delivery.h"
 
 namespace cblxml_bench {
 
 ParseTally xml_parse(std::string &document, std::vector<char> &textArea)
 {
     ParseTally tally;
-    xd_parse_info *state = nullptr;
-    void *documentAddress = document.data();
-    void *text = nullptr;
-    auto documentLength = static_cast<uint32_t>(document.size());
-    uint32_t textLength = 0;
-    uint32_t options = 0;
-    unsigned char code[4];
-    char eventName[CBLXML_EVENT_NAME_LEN];
-    static const char kException[] = "EXCEPTION";
-    do {
-        CBL_XMLPARSE_INTERFACE(&state, &documentAddress, &text, &documentLength, &textLength,
-                               code, eventName, &options);
-        ++tally.events;
-        if (text != nullptr && textLength > 0) {
-            const size_t n = std::min<size_t>(textLength, textArea.size());
-            std::memcpy(textArea.data(), text, n);
-            tally.textBytes += n;
-        }
-        if (std::memcmp(eventName, kException, sizeof kException - 1) == 0)
-            tally.clean = false;
-    } while (state != nullptr);
-    std::free(text);
+    const auto end = cblxml_support::deliver(
+        document.data(), static_cast<uint32_t>(document.size()), 0,
+        [&](const cblxml_support::Delivered &d) {
+            if (d.text != nullptr && d.length > 0) {
+                const size_t n = std::min<size_t>(d.length, textArea.size());
+                std::memcpy(textArea.data(), d.text, n);
+                tally.textBytes += n;
+            }
+            if (d.is("EXCEPTION"))
+                tally.clean = false;
+            return true;
+        },
+        UINT64_MAX);
+    tally.events = end.events;
     return tally;
 }
 

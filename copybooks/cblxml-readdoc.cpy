@@ -3,7 +3,10 @@
       *> the program that calls it.
       *>     CALL "cblxml-read-document" USING path pointer size
       *> path is PIC X(1024), pointer USAGE POINTER, size
-      *> PIC 9(9) COMP-5. RETURN-CODE is 0 when the file was read (the
+      *> PIC 9(9) COMP-5: for a parse, CBLXML-DOCUMENT and
+      *> CBLXML-DOC-LENGTH. The file read is the one the program's
+      *> next command-line argument names; without one, the file path
+      *> already names (path then holds the file read). RETURN-CODE is 0 when the file was read (the
       *> caller then owns the storage: FREE pointer), else 1 and a
       *> message on standard error. The bytes are read as they are,
       *> so UTF-16 and EBCDIC files arrive intact.
@@ -22,6 +25,7 @@
        01  RD-COUNT                  PIC X(4) COMP-X.
        01  RD-FLAGS                  PIC X COMP-X VALUE 0.
        01  RD-ALLOCATED              PIC 9(9) COMP-5.
+       01  RD-ARGUMENT               PIC X(1024).
        LINKAGE SECTION.
        01  RD-PATH                   PIC X(1024).
        01  RD-POINTER                USAGE POINTER.
@@ -30,6 +34,11 @@
        PROCEDURE DIVISION USING RD-PATH RD-POINTER RD-SIZE.
            SET RD-POINTER TO NULL
            MOVE 0 TO RD-SIZE
+           MOVE SPACES TO RD-ARGUMENT
+           ACCEPT RD-ARGUMENT FROM ARGUMENT-VALUE
+           IF RD-ARGUMENT NOT = SPACES
+               MOVE RD-ARGUMENT TO RD-PATH
+           END-IF
            CALL "CBL_CHECK_FILE_EXIST" USING RD-PATH RD-DETAILS
            IF RETURN-CODE NOT = 0
                DISPLAY "cannot find " FUNCTION TRIM(RD-PATH)

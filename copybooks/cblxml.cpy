@@ -4,7 +4,9 @@
       *>     COPY cblxml REPLACING LEADING ==CBLXML-== BY ==ORDER-==.
       *> Written to compile in fixed and in free source format.
       *>
-      *> Calling pattern (one event per call):
+      *> The paragraphs of cblxml-calls.cpy make these calls; a
+      *> program that COPYs them writes only its processing procedure
+      *> (docs/cobol.md). What they do, one event per call:
       *>     SET CBLXML-DOCUMENT TO ADDRESS OF your-document
       *>     MOVE length-in-bytes TO CBLXML-DOC-LENGTH
       *>     PERFORM WITH TEST AFTER UNTIL CBLXML-STATE = NULL
@@ -97,3 +99,10 @@
            05  CBLXML-EVENT          PIC X(30) VALUE SPACES.
                88  CBLXML-END-OF-DOCUMENT VALUE "END-OF-DOCUMENT".
                88  CBLXML-EXCEPTION      VALUE "EXCEPTION".
+      *> For the paragraphs of cblxml-calls.cpy: XML-CODE edited for
+      *> display, and the processing procedure's wish to stop.
+       01  CBLXML-CONTROL.
+           05  CBLXML-SHOWN-CODE     PIC -(9)9.
+           05  CBLXML-STOP-FLAG      PIC 9 VALUE 0.
+               88  CBLXML-GO-ON          VALUE 0.
+               88  CBLXML-STOP           VALUE 1.

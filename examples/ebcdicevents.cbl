@@ -14,12 +14,8 @@
        DATA DIVISION.
        WORKING-STORAGE SECTION.
            COPY cblxml.
-       01  DOC-PATH                  PIC X(1024).
-       01  DOC-POINTER               USAGE POINTER.
-       01  DOC-SIZE                  PIC 9(9) COMP-5.
-       01  SHOWN-CODE                PIC -(9)9.
-       01  PARSE-RESULT              PIC 9 VALUE 0.
-       01  SHOWN-POINTER             USAGE POINTER.
+       01  CBLXML-DOC-PATH           PIC X(1024)
+               VALUE "examples/data/order-ebcdic.xml".
 
       *> The printable ASCII characters and the line feed, and the
       *> same characters in code page 1140, in the same order.
@@ -51,64 +47,22 @@
                VALUE X"979899A2A3A4A5A6A7A8A9C04FD0A125".
        LINKAGE SECTION.
            COPY cblxml-text.
-       01  SHOWN-TEXT                PIC X(268435456).
        PROCEDURE DIVISION.
        MAIN.
-           ACCEPT DOC-PATH FROM ARGUMENT-VALUE
-           IF DOC-PATH = SPACES
-               MOVE "examples/data/order-ebcdic.xml" TO DOC-PATH
-           END-IF
-           CALL "cblxml-read-document" USING
-               DOC-PATH DOC-POINTER DOC-SIZE
-           IF RETURN-CODE NOT = 0
-               STOP RUN
-           END-IF
-      *> The texts are converted in a copy: the library's own stay
-      *> as they were delivered.
-           ALLOCATE DOC-SIZE CHARACTERS RETURNING SHOWN-POINTER
-           SET ADDRESS OF SHOWN-TEXT TO SHOWN-POINTER
-
            SET CBLXML-EBCDIC TO TRUE
-           SET CBLXML-DOCUMENT TO DOC-POINTER
-           MOVE DOC-SIZE TO CBLXML-DOC-LENGTH
-           PERFORM WITH TEST AFTER UNTIL CBLXML-STATE = NULL
-               CALL "CBL_XMLPARSE_INTERFACE" USING
-                   CBLXML-STATE CBLXML-DOCUMENT CBLXML-TEXT-PTR
-                   CBLXML-DOC-LENGTH CBLXML-TEXT-LENGTH
-                   CBLXML-CODE CBLXML-EVENT CBLXML-OPTIONS
-                   RETURNING OMITTED
-               SET ADDRESS OF CBLXML-TEXT TO CBLXML-TEXT-PTR
-               PERFORM SHOW-EVENT
-           END-PERFORM
-           IF CBLXML-EXCEPTION
-               MOVE 2 TO PARSE-RESULT
-           END-IF
-           PERFORM CBLXML-FREE-TEXT
-           FREE SHOWN-POINTER
-           FREE DOC-POINTER
-           MOVE PARSE-RESULT TO RETURN-CODE
+           PERFORM CBLXML-PARSE-FILE
            STOP RUN.
 
-       SHOW-EVENT.
-           MOVE CBLXML-CODE TO SHOWN-CODE
+      *> The processing procedure. The text is the program's until
+      *> the next call: it is turned into ASCII where it lies.
+       CBLXML-ON-EVENT.
            IF CBLXML-TEXT-LENGTH > 0
-               MOVE CBLXML-TEXT(1:CBLXML-TEXT-LENGTH)
-                   TO SHOWN-TEXT(1:CBLXML-TEXT-LENGTH)
-               INSPECT SHOWN-TEXT(1:CBLXML-TEXT-LENGTH)
+               INSPECT CBLXML-TEXT(1:CBLXML-TEXT-LENGTH)
                    CONVERTING EBCDIC-CHARACTERS TO ASCII-CHARACTERS
-               DISPLAY CBLXML-EVENT SHOWN-CODE " {"
-                   SHOWN-TEXT(1:CBLXML-TEXT-LENGTH) "}"
-           ELSE
-               DISPLAY CBLXML-EVENT SHOWN-CODE " {}"
-           END-IF.
+           END-IF
+           PERFORM CBLXML-SHOW-EVENT.
 
-      *> The text of the last event is the program's to free.
-       CBLXML-FREE-TEXT.
-           IF CBLXML-TEXT-PTR NOT = NULL
-               CALL "free" USING BY VALUE CBLXML-TEXT-PTR
-                   RETURNING OMITTED
-               SET CBLXML-TEXT-PTR TO NULL
-           END-IF.
+           COPY cblxml-calls.
        END PROGRAM ebcdicevents.
 
            COPY cblxml-readdoc.

@@ -16,11 +16,8 @@
        DATA DIVISION.
        WORKING-STORAGE SECTION.
            COPY cblxml.
-       01  DOC-PATH                  PIC X(1024).
-       01  DOC-POINTER               USAGE POINTER.
-       01  DOC-SIZE                  PIC 9(9) COMP-5.
-       01  SHOWN-CODE                PIC -(9)9.
-       01  PARSE-RESULT              PIC 9 VALUE 0.
+       01  CBLXML-DOC-PATH           PIC X(1024)
+               VALUE "examples/data/order-utf16.xml".
 
       *> UTF-16 to UTF-8: a code unit read in machine order, the code
       *> point it makes (with the next unit for a surrogate pair),
@@ -30,7 +27,7 @@
                                      USAGE BINARY-SHORT UNSIGNED.
        01  CODE-POINT                PIC 9(7) COMP-5.
        01  IN-POS                    PIC 9(9) COMP-5.
-       01  UTF8-POINTER              USAGE POINTER.
+       01  UTF8-POINTER              USAGE POINTER VALUE NULL.
        01  UTF8-SIZE                 PIC 9(9) COMP-5.
        01  UTF8-LENGTH               PIC 9(9) COMP-5.
        01  UTF8-BYTE                 PIC 9(3) COMP-5.
@@ -40,51 +37,28 @@
        01  UTF8-TEXT                 PIC X(268435456).
        PROCEDURE DIVISION.
        MAIN.
-           ACCEPT DOC-PATH FROM ARGUMENT-VALUE
-           IF DOC-PATH = SPACES
-               MOVE "examples/data/order-utf16.xml" TO DOC-PATH
-           END-IF
-           CALL "cblxml-read-document" USING
-               DOC-PATH DOC-POINTER DOC-SIZE
-           IF RETURN-CODE NOT = 0
-               STOP RUN
-           END-IF
-      *> No text is longer than the document, and a 2-byte code unit
-      *> never needs more than 3 bytes of UTF-8.
-           COMPUTE UTF8-SIZE = DOC-SIZE * 3 / 2 + 4
-           ALLOCATE UTF8-SIZE CHARACTERS RETURNING UTF8-POINTER
-           SET ADDRESS OF UTF8-TEXT TO UTF8-POINTER
-
            SET CBLXML-NATIONAL TO TRUE
-           SET CBLXML-DOCUMENT TO DOC-POINTER
-           MOVE DOC-SIZE TO CBLXML-DOC-LENGTH
-           PERFORM WITH TEST AFTER UNTIL CBLXML-STATE = NULL
-               CALL "CBL_XMLPARSE_INTERFACE" USING
-                   CBLXML-STATE CBLXML-DOCUMENT CBLXML-TEXT-PTR
-                   CBLXML-DOC-LENGTH CBLXML-TEXT-LENGTH
-                   CBLXML-CODE CBLXML-EVENT CBLXML-OPTIONS
-                   RETURNING OMITTED
-               SET ADDRESS OF CBLXML-TEXT TO CBLXML-TEXT-PTR
-               PERFORM TEXT-TO-UTF8
-               PERFORM SHOW-EVENT
-           END-PERFORM
-           IF CBLXML-EXCEPTION
-               MOVE 2 TO PARSE-RESULT
+           PERFORM CBLXML-PARSE-FILE
+           IF UTF8-POINTER NOT = NULL
+               FREE UTF8-POINTER
            END-IF
-           PERFORM CBLXML-FREE-TEXT
-           FREE UTF8-POINTER
-           FREE DOC-POINTER
-           MOVE PARSE-RESULT TO RETURN-CODE
            STOP RUN.
 
-       SHOW-EVENT.
-           MOVE CBLXML-CODE TO SHOWN-CODE
-           IF UTF8-LENGTH > 0
-               DISPLAY CBLXML-EVENT SHOWN-CODE " {"
-                   UTF8-TEXT(1:UTF8-LENGTH) "}"
-           ELSE
-               DISPLAY CBLXML-EVENT SHOWN-CODE " {}"
-           END-IF.
+      *> The processing procedure: the text turned into UTF-8, then
+      *> shown through the text view, which is pointed at the UTF-8
+      *> copy (the library's text stays where CBLXML-TEXT-PTR says).
+       CBLXML-ON-EVENT.
+      *> No text is longer than the document, and a 2-byte code unit
+      *> never needs more than 3 bytes of UTF-8.
+           IF UTF8-POINTER = NULL
+               COMPUTE UTF8-SIZE = CBLXML-DOC-LENGTH * 3 / 2 + 4
+               ALLOCATE UTF8-SIZE CHARACTERS RETURNING UTF8-POINTER
+               SET ADDRESS OF UTF8-TEXT TO UTF8-POINTER
+           END-IF
+           PERFORM TEXT-TO-UTF8
+           SET ADDRESS OF CBLXML-TEXT TO UTF8-POINTER
+           MOVE UTF8-LENGTH TO CBLXML-TEXT-LENGTH
+           PERFORM CBLXML-SHOW-EVENT.
 
        TEXT-TO-UTF8.
            MOVE 0 TO UTF8-LENGTH
@@ -151,13 +125,7 @@
            MOVE FUNCTION CHAR(UTF8-BYTE + 1)
                TO UTF8-TEXT(UTF8-LENGTH:1).
 
-      *> The text of the last event is the program's to free.
-       CBLXML-FREE-TEXT.
-           IF CBLXML-TEXT-PTR NOT = NULL
-               CALL "free" USING BY VALUE CBLXML-TEXT-PTR
-                   RETURNING OMITTED
-               SET CBLXML-TEXT-PTR TO NULL
-           END-IF.
+           COPY cblxml-calls.
        END PROGRAM nationalevents.
 
            COPY cblxml-readdoc.

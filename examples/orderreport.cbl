@@ -14,9 +14,8 @@
        DATA DIVISION.
        WORKING-STORAGE SECTION.
            COPY cblxml.
-       01  DOC-PATH                  PIC X(1024).
-       01  DOC-POINTER               USAGE POINTER.
-       01  DOC-SIZE                  PIC 9(9) COMP-5.
+       01  CBLXML-DOC-PATH           PIC X(1024)
+               VALUE "examples/data/order.xml".
 
        01  ORDER-RECORD.
            05  ORDER-ID              PIC X(20).
@@ -55,53 +54,26 @@
            05  FILLER                PIC X(34) VALUE "Total".
            05  TL-AMOUNT             PIC ZZZ,ZZZ,ZZ9.99.
        01  RULE-LINE                 PIC X(48) VALUE ALL "-".
-       01  SHOWN-CODE                PIC -(9)9.
        LINKAGE SECTION.
            COPY cblxml-text.
        PROCEDURE DIVISION.
        MAIN.
-           ACCEPT DOC-PATH FROM ARGUMENT-VALUE
-           IF DOC-PATH = SPACES
-               MOVE "examples/data/order.xml" TO DOC-PATH
-           END-IF
-           CALL "cblxml-read-document" USING
-               DOC-PATH DOC-POINTER DOC-SIZE
-           IF RETURN-CODE NOT = 0
+           INITIALIZE ORDER-RECORD
+      *> A parse given up half way (too many lines) is cleaned up by
+      *> the parse paragraph.
+           PERFORM CBLXML-PARSE-FILE
+           IF RETURN-CODE = 1
                STOP RUN
            END-IF
-           INITIALIZE ORDER-RECORD
-
-           SET CBLXML-DOCUMENT TO DOC-POINTER
-           MOVE DOC-SIZE TO CBLXML-DOC-LENGTH
-           PERFORM WITH TEST AFTER
-                   UNTIL CBLXML-STATE = NULL OR NOT READING-ON
-               CALL "CBL_XMLPARSE_INTERFACE" USING
-                   CBLXML-STATE CBLXML-DOCUMENT CBLXML-TEXT-PTR
-                   CBLXML-DOC-LENGTH CBLXML-TEXT-LENGTH
-                   CBLXML-CODE CBLXML-EVENT CBLXML-OPTIONS
-                   RETURNING OMITTED
-               SET ADDRESS OF CBLXML-TEXT TO CBLXML-TEXT-PTR
-               PERFORM TAKE-EVENT
-           END-PERFORM
-      *> A parse given up half way still holds undelivered events.
-           IF CBLXML-STATE NOT = NULL
-               CALL "CBL_XMLPARSE_INTERFACE" USING
-                   CBLXML-STATE CBLXML-DOCUMENT CBLXML-TEXT-PTR
-                   CBLXML-DOC-LENGTH CBLXML-TEXT-LENGTH
-                   OMITTED OMITTED CBLXML-OPTIONS
-                   RETURNING OMITTED
-           END-IF
-           PERFORM CBLXML-FREE-TEXT
-           FREE DOC-POINTER
 
            EVALUATE TRUE
                WHEN DOCUMENT-BROKEN
-                   MOVE CBLXML-CODE TO SHOWN-CODE
-                   DISPLAY FUNCTION TRIM(DOC-PATH)
+                   MOVE CBLXML-CODE TO CBLXML-SHOWN-CODE
+                   DISPLAY FUNCTION TRIM(CBLXML-DOC-PATH)
                        " is not a well-formed order: XML-CODE "
-                       FUNCTION TRIM(SHOWN-CODE)
+                       FUNCTION TRIM(CBLXML-SHOWN-CODE)
                WHEN TOO-MANY-LINES
-                   DISPLAY FUNCTION TRIM(DOC-PATH)
+                   DISPLAY FUNCTION TRIM(CBLXML-DOC-PATH)
                        " has more than " MAX-LINES " lines"
                WHEN OTHER
                    PERFORM PRINT-REPORT
@@ -109,7 +81,8 @@
            MOVE STOP-REASON TO RETURN-CODE
            STOP RUN.
 
-       TAKE-EVENT.
+      *> The processing procedure: the order's fields from the events.
+       CBLXML-ON-EVENT.
            EVALUATE CBLXML-EVENT
                WHEN "START-OF-ELEMENT"
                    MOVE CBLXML-TEXT(1:CBLXML-TEXT-LENGTH)
@@ -131,7 +104,10 @@
                    MOVE SPACES TO CURRENT-ELEMENT
                WHEN "EXCEPTION"
                    SET DOCUMENT-BROKEN TO TRUE
-           END-EVALUATE.
+           END-EVALUATE
+           IF NOT READING-ON
+               SET CBLXML-STOP TO TRUE
+           END-IF.
 
        START-LINE.
            IF ORDER-LINE-COUNT = MAX-LINES
@@ -209,13 +185,7 @@
                DISPLAY "Note: " FUNCTION TRIM(ORDER-NOTE)
            END-IF.
 
-      *> The text of the last event is the program's to free.
-       CBLXML-FREE-TEXT.
-           IF CBLXML-TEXT-PTR NOT = NULL
-               CALL "free" USING BY VALUE CBLXML-TEXT-PTR
-                   RETURNING OMITTED
-               SET CBLXML-TEXT-PTR TO NULL
-           END-IF.
+           COPY cblxml-calls.
        END PROGRAM orderreport.
 
            COPY cblxml-readdoc.

@@ -20,13 +20,6 @@ public:
         --left;
         return *at++;
     }
-    uint32_t u32()
-    {
-        uint32_t value = 0;
-        for (int i = 0; i < 4; ++i)
-            value = (value << 8) | byte();
-        return value;
-    }
     // Up to `limit` bytes, its length taken from the next byte.
     std::string block(size_t limit)
     {

@@ -13,9 +13,10 @@
 #include <string>
 #include <vector>
 
-#include "../unit/parse_events.h"
 #include "cblxml.h"
 #include "fuzz_input.h"
+#include "parse_events.h"
+#include "xml_delivery.h"
 
 namespace {
 
@@ -29,25 +30,15 @@ void check_text(const void *text, uint32_t length)
         sum = sum + bytes[i];
 }
 
-void deliver_all(std::string document, uint32_t options, size_t stopAfter)
+void deliver_all(const std::string &document, uint32_t options, size_t stopAfter)
 {
-    xd_parse_info *state = nullptr;
-    void *docAddress = document.data();
-    void *text = nullptr;
-    auto docLength = static_cast<uint32_t>(document.size());
-    uint32_t textLength = 0;
-    unsigned char code[4];
-    char name[CBLXML_EVENT_NAME_LEN];
-    size_t delivered = 0;
-    do {
-        CBL_XMLPARSE_INTERFACE(&state, &docAddress, &text, &docLength, &textLength, code, name,
-                               &options);
-        check_text(text, textLength);
-        ++delivered;
-    } while (state != nullptr && delivered < stopAfter);
-    if (state != nullptr)
-        CBL_XMLPARSE_INTERFACE(&state, nullptr, &text, nullptr, nullptr, nullptr, nullptr, nullptr);
-    std::free(text);
+    cblxml_support::deliver(
+        document.data(), static_cast<uint32_t>(document.size()), options,
+        [](const cblxml_support::Delivered &d) {
+            check_text(d.text, d.length);
+            return true;
+        },
+        stopAfter);
 }
 
 void deliver_wrapped(std::string document, uint32_t options)
@@ -86,17 +77,6 @@ void engine_events(const std::string &document, uint32_t options)
     std::free(sentinel);
 }
 
-void tree(const std::string &document, uint32_t options)
-{
-    xd_dom_node_t *doc = nullptr;
-    xd_dom_parse_err_t record{};
-    xd_dom_parse_err_t *rec = &record;
-    kvt_xe_xml_dom_parse(document.data(), static_cast<uint32_t>(document.size()), &doc, &rec,
-                         options);
-    kvt_xe_xml_dom_free_node(doc, 0);
-    std::free(record.message);
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
@@ -105,14 +85,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const uint8_t head = input.byte();
     const uint32_t options = head & 31u;
     std::string document = input.rest();
-    if (head & 0x20) {
-        if (options & CBLXML_OPT_NATIONAL)
-            document = cblxml_test::national(document);
-        else if (options & CBLXML_OPT_EBCDIC_DATA)
-            document = cblxml_test::ebcdic(document);
+    if (head & 0x20)
+        document = cblxml_test::in_form(document, options);
+    if (options & CBLXML_OPT_TREE) {
+        const cblxml_test::TreeParse tree(document, options);
     }
-    if (options & CBLXML_OPT_TREE)
-        tree(document, options);
     switch (head >> 6) {
     case 0: deliver_all(document, options, 1000000); break;
     case 1: deliver_wrapped(document, options); break;

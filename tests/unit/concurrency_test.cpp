@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "cblxml.h"
+#include "datamap.h"
 #include "parse_events.h"
 
 using cblxml_test::Event;
@@ -90,42 +91,32 @@ TEST(ConcurrencyTest, TreesAndDataMapsOnManyThreads)
     const std::string document = "<r a=\"1\"><c>x &amp; y</c><d/></r>";
     std::atomic<int> failures{0};
     std::vector<std::thread> threads;
+    // Even threads share one handle, odd ones open their own.
+    void *shared = DMInit(3, 0, 0, 0, 0);
     for (int t = 0; t < kThreads; ++t) {
         threads.emplace_back([&, t] {
-            void *map = DMInit(1 | (t & 2), 0, 0, 0, 0);
+            void *map = (t & 1) ? DMInit(1 | (t & 2), 0, 0, 0, 0) : shared;
             for (int i = 0; i < kParsesPerThread / 10; ++i) {
-                xd_dom_node_t *doc = nullptr;
-                xd_dom_parse_err_t record{};
-                xd_dom_parse_err_t *rec = &record;
-                if (kvt_xe_xml_dom_parse(document.data(), static_cast<uint32_t>(document.size()),
-                                         &doc, &rec, CBLXML_OPT_TREE) != 0 ||
-                    doc == nullptr)
+                const cblxml_test::TreeParse tree(document);
+                if (tree.result != 0 || tree.doc == nullptr)
                     ++failures;
-                kvt_xe_xml_dom_free_node(doc, 0);
-                std::free(record.message);
-
-                dm_item_desc desc{};
-                desc.class_code = DM_CLASS_NUMERIC;
-                desc.usage_code = DM_USAGE_PACKED;
-                desc.sign_flag = 1;
-                desc.digits = 7;
-                desc.scale = 2;
-                desc.length = 4;
-                unsigned char item[4];
+                const dm_item_desc desc = cblxml_test::describe(DM_CLASS_NUMERIC, DM_USAGE_PACKED,
+                                                                4, 7, 2, true);
                 const std::string value = "-" + std::to_string(t * 1000 + i) + ".25";
-                char text[32];
-                uint32_t length = sizeof text;
-                if (DMSetCblData(map, &desc, item, DM_FORM_UTF8, value.data(),
-                                 static_cast<uint32_t>(value.size())) != 0 ||
-                    DMGetCblData(map, &desc, item, DM_FORM_UTF8, text, &length) != 0 ||
-                    std::string(text) != value)
+                int32_t status = 0;
+                const std::string item = cblxml_test::store(map, desc, value, &status);
+                if (status != 0 ||
+                    cblxml_test::fetch(map, desc, item, DM_FORM_UTF8, &status) != value ||
+                    status != 0)
                     ++failures;
             }
-            DMTerm(map);
+            if (map != shared)
+                DMTerm(map);
         });
     }
     for (std::thread &thread : threads)
         thread.join();
+    DMTerm(shared);
     EXPECT_EQ(failures.load(), 0);
 }
 

@@ -3,9 +3,8 @@
 // kvt_xe_xmlparse gives when it is delivered by the rules of the entry: the
 // same events, names, codes and text bytes, in the same order. This test
 // runs a varied corpus through both and compares them event by event.
-#include <dirent.h>
-
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -89,7 +88,7 @@ std::string difference(const std::string &document, uint32_t options)
     return out.str();
 }
 
-std::string read_file(const std::string &path)
+std::string read_file(const std::filesystem::path &path)
 {
     std::ifstream in(path, std::ios::binary);
     std::ostringstream text;
@@ -98,23 +97,17 @@ std::string read_file(const std::string &path)
 }
 
 // Regular files under `dir` whose names end in `suffix`, recursively.
-void collect(const std::string &dir, const std::string &suffix, std::vector<std::string> &out)
+std::vector<std::filesystem::path> collect(const std::string &dir, const std::string &suffix)
 {
-    DIR *d = opendir(dir.c_str());
-    if (d == nullptr)
-        return;
-    while (dirent *entry = readdir(d)) {
-        const std::string name = entry->d_name;
-        if (name == "." || name == "..")
-            continue;
-        const std::string path = dir + "/" + name;
-        if (entry->d_type == DT_DIR)
-            collect(path, suffix, out);
-        else if (name.size() >= suffix.size() &&
-                 name.compare(name.size() - suffix.size(), suffix.size(), suffix) == 0)
-            out.push_back(path);
+    std::vector<std::filesystem::path> out;
+    std::error_code missing;
+    for (const auto &entry : std::filesystem::recursive_directory_iterator(dir, missing)) {
+        const std::string name = entry.path().filename().string();
+        if (entry.is_regular_file() && name.size() >= suffix.size() &&
+            name.compare(name.size() - suffix.size(), suffix.size(), suffix) == 0)
+            out.push_back(entry.path());
     }
-    closedir(d);
+    return out;
 }
 
 // Documents that exercise every kind of event and every way to fail,
@@ -205,10 +198,9 @@ TEST(DifferentialTest, LargeDocumentsCrossTheParserBuffers)
 
 TEST(DifferentialTest, FuzzCorpus)
 {
-    std::vector<std::string> files;
-    collect(CBLXML_FUZZ_CORPUS, "", files);
+    const std::vector<std::filesystem::path> files = collect(CBLXML_FUZZ_CORPUS, "");
     ASSERT_FALSE(files.empty());
-    for (const std::string &path : files) {
+    for (const auto &path : files) {
         const std::string document = read_file(path);
         EXPECT_EQ(difference(document, 0), "") << path;
         EXPECT_EQ(difference(cblxml_test::national(document), CBLXML_OPT_NATIONAL), "") << path;
@@ -217,11 +209,10 @@ TEST(DifferentialTest, FuzzCorpus)
 
 TEST(DifferentialTest, ConformanceSuiteDocuments)
 {
-    std::vector<std::string> files;
-    collect(CBLXML_CONFORMANCE_DOCUMENTS, ".xml", files);
+    const std::vector<std::filesystem::path> files = collect(CBLXML_CONFORMANCE_DOCUMENTS, ".xml");
     if (files.empty())
         GTEST_SKIP() << "no conformance suite beside the repository";
-    for (const std::string &path : files)
+    for (const auto &path : files)
         EXPECT_EQ(difference(read_file(path), 0), "") << path;
 }
 

@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <mutex>
 #include <set>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -36,22 +37,14 @@ std::string run(const std::string &command, int &status)
 TEST(LibraryTest, ExportsOnlyItsEntries)
 {
     int status = 0;
-    std::string out = run(std::string("nm -D --defined-only ") + CBLXML_SHARED_LIB, status);
+    const std::string out =
+        run(std::string("nm -D --defined-only --format=posix ") + CBLXML_SHARED_LIB, status);
     ASSERT_EQ(status, 0) << out;
     std::set<std::string> symbols;
-    size_t pos = 0;
-    while (pos < out.size()) {
-        size_t end = out.find('\n', pos);
-        std::string line = out.substr(pos, end - pos);
-        pos = end == std::string::npos ? out.size() : end + 1;
-        size_t space = line.rfind(' ');
-        if (space == std::string::npos)
-            continue;
-        const std::string name = line.substr(space + 1);
-        const char type = line[space - 1];
-        if (type == 'T' || type == 'D' || type == 'B' || type == 'W' || type == 'V')
+    std::istringstream lines(out);
+    for (std::string name, type, rest; lines >> name >> type && std::getline(lines, rest);)
+        if (std::string("TDBWV").find(type) != std::string::npos)
             symbols.insert(name);
-    }
     const std::set<std::string> wanted = {
         "CBL_XMLPARSE_INTERFACE", "CBL_XMLPARSE_INTERFACE_WRAP", "CBL_XMLPARSE_EXCEPTION",
         "CBL_XMLPARSE_EXCEPTION2", "CBL_XMLIO", "DMInit", "DMTerm", "DMGetCblData",

@@ -18,7 +18,6 @@ namespace {
 struct HostLog {
     int locks = 0;
     int unlocks = 0;
-    std::vector<std::string> env_names;
     void *resumed = nullptr;
 };
 HostLog host_log;
@@ -28,10 +27,7 @@ void host_unlock() { ++host_log.unlocks; }
 int host_token;
 void *host_begin(void *, intptr_t, intptr_t) { return &host_token; }
 void host_resume(void *handle) { host_log.resumed = handle; }
-const char *host_env(const char *name) {
-    host_log.env_names.emplace_back(name);
-    return "from-host";
-}
+const char *host_env(const char *) { return "from-host"; }
 
 cblxml_services full_table() {
     cblxml_services table{};
@@ -53,113 +49,94 @@ protected:
     void TearDown() override { cblxml_register_services(nullptr); }
 };
 
-TEST_F(Services, DefaultsUseTheProcessEnvironmentAndDoNothingHooks) {
-    setenv("CBLXML_SERVICES_TEST", "value", 1);
-    ASSERT_NE(platform::get_env("CBLXML_SERVICES_TEST"), nullptr);
-    EXPECT_STREQ(platform::get_env("CBLXML_SERVICES_TEST"), "value");
-    unsetenv("CBLXML_SERVICES_TEST");
-    EXPECT_EQ(platform::get_env("CBLXML_SERVICES_TEST"), nullptr);
+// Which services answer after a sequence of registrations: the host's or
+// the defaults (the process environment, hooks that do nothing).
+struct RegistrationCase {
+    const char *label;
+    std::vector<std::pair<cblxml_services, int>> tables;  // each registered, with its result
+    bool hostLock;
+    bool hostEnv;
+    bool hostHooks;
+};
+
+cblxml_services with(cblxml_services table, uint32_t size, bool envOnly, bool halfPair) {
+    if (size != 0)
+        table.size = size;
+    if (envOnly) {
+        table = cblxml_services{};
+        table.size = sizeof table;
+        table.get_env = host_env;
+    }
+    if (halfPair)
+        table.thread_unlock = nullptr;
+    return table;
+}
+
+TEST_F(Services, RegistrationsDecideWhichServicesAnswer) {
+    const cblxml_services full = full_table();
+    const cblxml_services none{};  // registered as a null table
+    const RegistrationCase cases[] = {
+        {"defaults", {}, false, false, false},
+        {"a full table", {{full, 0}}, true, true, true},
+        {"null members keep the defaults", {{with(full, 0, true, false), 0}}, false, true, false},
+        {"a null table restores every default", {{full, 0}, {none, 0}}, false, false, false},
+        // An older host whose table ends after the lock pair.
+        {"fields beyond the declared size are absent",
+         {{with(full, offsetof(cblxml_services, exception_begin), false, false), 0}}, true, false,
+         false},
+        {"a table too small is refused", {{with(full, sizeof(uint32_t), false, false), 1}}, false,
+         false, false},
+        {"half a lock pair is refused", {{with(full, 0, false, true), 1}}, false, false, false},
+    };
+    for (const RegistrationCase &c : cases) {
+        SCOPED_TRACE(c.label);
+        host_log = HostLog{};
+        ASSERT_EQ(cblxml_register_services(nullptr), 0);
+        for (const auto &t : c.tables)
+            EXPECT_EQ(cblxml_register_services(t.first.size != 0 ? &t.first : nullptr), t.second);
+        {
+            platform::LockGuard guard;
+            EXPECT_EQ(host_log.locks, c.hostLock ? 1 : 0);
+        }
+        EXPECT_EQ(host_log.unlocks, c.hostLock ? 1 : 0);
+        setenv("CBLXML_SERVICES_TEST", "value", 1);
+        EXPECT_STREQ(platform::get_env("CBLXML_SERVICES_TEST"), c.hostEnv ? "from-host" : "value");
+        unsetenv("CBLXML_SERVICES_TEST");
+        if (!c.hostEnv) {
+            EXPECT_EQ(platform::get_env("CBLXML_SERVICES_TEST"), nullptr);
+        }
+        void *handle = platform::exception_begin(nullptr, 0, 0);
+        EXPECT_EQ(handle, c.hostHooks ? &host_token : nullptr);
+        platform::exception_resume(handle);
+        EXPECT_EQ(host_log.resumed, c.hostHooks ? &host_token : nullptr);
+    }
     EXPECT_EQ(platform::get_env(nullptr), nullptr);
-    EXPECT_EQ(platform::exception_begin(nullptr, 0, 0), nullptr);
-    platform::exception_resume(nullptr);
 }
 
-TEST_F(Services, DefaultLockMayBeTakenAgainByItsHolder) {
-    platform::LockGuard outer;
-    platform::LockGuard inner;
-    SUCCEED();
-}
-
-TEST_F(Services, DefaultLockExcludesOtherThreads) {
+// The default lock may be taken again by its holder and excludes other
+// threads; an unlock releases the lock that was taken, even after a host
+// registered its own; an unlock without a lock is ignored.
+TEST_F(Services, DefaultLock) {
     long counter = 0;
     std::vector<std::thread> threads;
     for (int t = 0; t < 4; ++t)
         threads.emplace_back([&counter] {
             for (int i = 0; i < 20000; ++i) {
                 platform::LockGuard guard;
+                platform::LockGuard again;
                 counter = counter + 1;
             }
         });
     for (std::thread &thread : threads)
         thread.join();
     EXPECT_EQ(counter, 80000);
-}
 
-TEST_F(Services, HostServicesReplaceTheDefaults) {
-    const cblxml_services table = full_table();
-    ASSERT_EQ(cblxml_register_services(&table), 0);
-    {
-        platform::LockGuard guard;
-        EXPECT_EQ(host_log.locks, 1);
-        EXPECT_EQ(host_log.unlocks, 0);
-    }
-    EXPECT_EQ(host_log.unlocks, 1);
-    EXPECT_STREQ(platform::get_env("ANY"), "from-host");
-    ASSERT_EQ(host_log.env_names.size(), 1u);
-    EXPECT_EQ(host_log.env_names[0], "ANY");
-    void *handle = platform::exception_begin(nullptr, 0, 0);
-    EXPECT_EQ(handle, &host_token);
-    platform::exception_resume(handle);
-    EXPECT_EQ(host_log.resumed, &host_token);
-}
-
-TEST_F(Services, NullMembersKeepTheDefaults) {
-    cblxml_services table{};
-    table.size = sizeof(table);
-    table.get_env = host_env;
-    ASSERT_EQ(cblxml_register_services(&table), 0);
-    EXPECT_STREQ(platform::get_env("X"), "from-host");
-    EXPECT_EQ(platform::exception_begin(nullptr, 0, 0), nullptr);
-    { platform::LockGuard guard; }
-    EXPECT_EQ(host_log.locks, 0);
-}
-
-TEST_F(Services, NullTableRestoresEveryDefault) {
-    const cblxml_services table = full_table();
-    ASSERT_EQ(cblxml_register_services(&table), 0);
-    ASSERT_EQ(cblxml_register_services(nullptr), 0);
-    { platform::LockGuard guard; }
-    EXPECT_EQ(host_log.locks, 0);
-    EXPECT_EQ(platform::exception_begin(nullptr, 0, 0), nullptr);
-    setenv("CBLXML_SERVICES_TEST", "value", 1);
-    EXPECT_STREQ(platform::get_env("CBLXML_SERVICES_TEST"), "value");
-    unsetenv("CBLXML_SERVICES_TEST");
-    EXPECT_TRUE(host_log.env_names.empty());
-}
-
-TEST_F(Services, FieldsBeyondTheDeclaredSizeAreAbsent) {
-    cblxml_services table = full_table();
-    // An older host whose table ends after the lock pair.
-    table.size = offsetof(cblxml_services, exception_begin);
-    ASSERT_EQ(cblxml_register_services(&table), 0);
-    { platform::LockGuard guard; }
-    EXPECT_EQ(host_log.locks, 1);
-    EXPECT_EQ(platform::exception_begin(nullptr, 0, 0), nullptr);
-    EXPECT_TRUE(host_log.env_names.empty());
-    platform::get_env("X");
-    EXPECT_TRUE(host_log.env_names.empty());
-}
-
-TEST_F(Services, RefusedTablesChangeNothing) {
-    const cblxml_services good = full_table();
-    cblxml_services too_small = good;
-    too_small.size = sizeof(uint32_t);
-    EXPECT_EQ(cblxml_register_services(&too_small), 1);
-    cblxml_services half_pair = good;
-    half_pair.thread_unlock = nullptr;
-    EXPECT_EQ(cblxml_register_services(&half_pair), 1);
-    { platform::LockGuard guard; }
-    EXPECT_EQ(host_log.locks, 0);
-    EXPECT_EQ(platform::exception_begin(nullptr, 0, 0), nullptr);
-}
-
-TEST_F(Services, UnlockMatchesTheLockTakenEvenAfterARegistration) {
-    platform::thread_lock(); // the default mutex
+    platform::thread_lock();
     const cblxml_services table = full_table();
     ASSERT_EQ(cblxml_register_services(&table), 0);
     platform::thread_unlock(); // must release the default mutex, not call the host
+    platform::thread_unlock(); // without a lock: ignored
     EXPECT_EQ(host_log.unlocks, 0);
-    // The default mutex is free again: another thread can take it.
     ASSERT_EQ(cblxml_register_services(nullptr), 0);
     std::atomic<bool> taken{false};
     std::thread other([&taken] {
@@ -167,34 +144,7 @@ TEST_F(Services, UnlockMatchesTheLockTakenEvenAfterARegistration) {
         taken = true;
     });
     other.join();
-    EXPECT_TRUE(taken);
-}
-
-TEST_F(Services, UnlockWithoutLockIsIgnored) {
-    const cblxml_services table = full_table();
-    ASSERT_EQ(cblxml_register_services(&table), 0);
-    platform::thread_unlock();
-    EXPECT_EQ(host_log.unlocks, 0);
-}
-
-TEST_F(Services, RegistrationWhileOtherThreadsReadIsSafe) {
-    std::atomic<bool> stop{false};
-    std::thread reader([&stop] {
-        while (!stop) {
-            platform::LockGuard guard;
-            platform::get_env("PATH");
-        }
-    });
-    cblxml_services table{};
-    table.size = sizeof(table);
-    table.get_env = [](const char *) -> const char * { return nullptr; };
-    for (int i = 0; i < 1000; ++i) {
-        cblxml_register_services(&table);
-        cblxml_register_services(nullptr);
-    }
-    stop = true;
-    reader.join();
-    SUCCEED();
+    EXPECT_TRUE(taken) << "the default mutex is free again";
 }
 
 } // namespace

@@ -6,26 +6,11 @@
 #include <string>
 
 #include "cblxml.h"
+#include "parse_events.h"
 
 namespace {
 
-struct Tree {
-    xd_dom_node_t *doc = nullptr;
-    xd_dom_parse_err_t record{};
-    int32_t result = -1;
-
-    explicit Tree(const std::string &text, uint32_t options = CBLXML_OPT_TREE)
-    {
-        xd_dom_parse_err_t *rec = &record;
-        result = kvt_xe_xml_dom_parse(text.data(), static_cast<uint32_t>(text.size()), &doc, &rec,
-                                      options);
-    }
-    ~Tree()
-    {
-        kvt_xe_xml_dom_free_node(doc, 0);
-        std::free(record.message);
-    }
-};
+using Tree = cblxml_test::TreeParse;
 
 std::string value(const xd_dom_node_t *n)
 {
@@ -77,13 +62,16 @@ TEST(TreeModeTest, BuildsElementsAttributesAndMergedText)
     EXPECT_EQ(c->next_sibling->parent, r);
 }
 
-TEST(TreeModeTest, TrailingBlanksBecomeSpaces)
+TEST(TreeModeTest, TrailingBlanksBecomeSpacesAndProcessingInstructionsJoin)
 {
-    Tree t("<r><c>x\t\r\n</c><d>\t</d></r>");
+    Tree t("<?a b?><r><c>x\t\r\n</c><d>\t</d><?c d?></r>");
     ASSERT_EQ(t.result, 0);
-    const xd_dom_node_t *c = t.doc->first_child->first_child;
+    EXPECT_STREQ(t.doc->first_child->name, "a");
+    const xd_dom_node_t *c = t.doc->first_child->next_sibling->first_child;
     EXPECT_EQ(value(c->first_child), "x  ") << "tab and line end turned into spaces";
     EXPECT_EQ(c->next_sibling->first_child, nullptr) << "a lone tab becomes a blank";
+    EXPECT_STREQ(c->next_sibling->next_sibling->name, "c");
+    EXPECT_EQ(value(c->next_sibling->next_sibling), "d");
 }
 
 TEST(TreeModeTest, ManyReferencesMergeIntoOneNode)
@@ -112,35 +100,6 @@ TEST(TreeModeTest, Utf16DocumentsAreRead)
     ASSERT_NE(r, nullptr);
     EXPECT_EQ(value(r->first_attribute), "\xC3\xA9");
     EXPECT_EQ(value(r->first_child), "\xE2\x82\xAC");
-}
-
-TEST(TreeModeTest, ProcessingInstructionsJoinTheTree)
-{
-    Tree t("<?a b?><r><?c d?></r>");
-    ASSERT_EQ(t.result, 0);
-    EXPECT_STREQ(t.doc->first_child->name, "a");
-    EXPECT_STREQ(t.doc->first_child->next_sibling->first_child->name, "c");
-    EXPECT_EQ(value(t.doc->first_child->next_sibling->first_child), "d");
-}
-
-TEST(TreeModeTest, EventOptionWordNeverBuildsATreeIntoTheEventList)
-{
-    // The tree bit in a program's option word still yields events.
-    xd_parse_info *state = nullptr;
-    std::string doc = "<a/>";
-    void *address = doc.data();
-    void *text = nullptr;
-    uint32_t length = 4, textLength = 0, options = CBLXML_OPT_TREE;
-    unsigned char code[4];
-    char name[CBLXML_EVENT_NAME_LEN];
-    int events = 0;
-    do {
-        CBL_XMLPARSE_INTERFACE(&state, &address, &text, &length, &textLength, code, name, &options);
-        ++events;
-    } while (state != nullptr && events < 10);
-    std::free(text);
-    EXPECT_EQ(events, 4);
-    EXPECT_EQ(std::string(name, 15), "END-OF-DOCUMENT");
 }
 
 } // namespace
