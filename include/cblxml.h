@@ -1,9 +1,10 @@
 /*
  * cblxml: the XML run-time library that compiled COBOL programs call.
  *
- * This is the one public header. It declares the exported entries and the
- * structures whose byte layouts are a contract with generated code: every
- * such offset is pinned by a static assertion below. Plain C (C99) and C++17.
+ * This is the public header; the file I/O part is in cblxml_files.h, which
+ * it includes. It declares the exported entries and the structures whose
+ * byte layouts are a contract with generated code: every such offset is
+ * pinned by a static assertion. Plain C (C99) and C++17.
  *
  * Ownership, in short:
  *  - the caller owns its COBOL items and the XML PARSE list head;
