@@ -1,9 +1,10 @@
 /*
  * cblxml: the XML run-time library that compiled COBOL programs call.
  *
- * This is the one public header. It declares the exported entries and the
- * structures whose byte layouts are a contract with generated code: every
- * such offset is pinned by a static assertion below. Plain C (C99) and C++17.
+ * This is the public header; the file I/O part is in cblxml_files.h, which
+ * it includes. It declares the exported entries and the structures whose
+ * byte layouts are a contract with generated code: every such offset is
+ * pinned by a static assertion. Plain C (C99) and C++17.
  *
  * Ownership, in short:
  *  - the caller owns its COBOL items and the XML PARSE list head;
@@ -145,6 +146,14 @@ typedef struct cblxml_services {
     void *(*exception_begin)(void *service, intptr_t a, intptr_t b);
     void (*exception_resume)(void *handle);
     const char *(*get_env)(const char *name);
+    /* File services (cblxml_files.h). resolve_name(name, length, 1024-byte
+       result area, 1) gives a name handle or NULL; open_stream(0, handle,
+       run-time mode 1/10/3, result area) gives a stream or NULL;
+       release_name(handle) frees the handle. */
+    void *(*resolve_name)(const char *name, uint32_t length, char *result, int32_t flag);
+    void (*release_name)(void *handle);
+    struct cblxml_stream *(*open_stream)(int32_t zero, void *handle, int32_t mode,
+                                         char *result);
 } cblxml_services;
 
 /* Installs the host's services; NULL members keep the defaults. A NULL table
@@ -282,5 +291,8 @@ CBLXML_STATIC_ASSERT(offsetof(dm_item_desc, digits) == 20, "digits");
 CBLXML_STATIC_ASSERT(offsetof(dm_item_desc, scale) == 24, "scale");
 CBLXML_STATIC_ASSERT(offsetof(dm_item_desc, format) == 32, "format");
 #endif
+
+/* XML-enabled file I/O: descriptors, record entries, file control block. */
+#include "cblxml_files.h"
 
 #endif /* CBLXML_H */

@@ -12,6 +12,7 @@
 #include <mutex>
 #include <vector>
 
+#include "platform/file_streams.h"
 #include "platform/platform.h"
 
 namespace cblxml::platform {
@@ -79,6 +80,7 @@ void restore_defaults() {
     current_exception_begin.store(default_exception_begin);
     current_exception_resume.store(default_exception_resume);
     current_get_env.store(default_get_env);
+    restore_file_services();
 }
 
 int install(const cblxml_services &table) {
@@ -88,7 +90,7 @@ int install(const cblxml_services &table) {
     const LockFunction unlock = member_or_null(table, &cblxml_services::thread_unlock);
     // A host lock released by the default unlock (or the reverse) would be
     // undefined behaviour, so half a pair is refused as a whole.
-    if ((lock == nullptr) != (unlock == nullptr))
+    if ((lock == nullptr) != (unlock == nullptr) || !file_services_complete(table))
         return 1;
 
     std::lock_guard<std::mutex> guard(registration_mutex());
@@ -104,6 +106,7 @@ int install(const cblxml_services &table) {
     current_exception_resume.store(resume != nullptr ? resume : default_exception_resume);
     const EnvFunction env = member_or_null(table, &cblxml_services::get_env);
     current_get_env.store(env != nullptr ? env : default_get_env);
+    install_file_services(table);
     return 0;
 }
 

@@ -47,7 +47,7 @@ TEST(LibraryTest, ExportsOnlyItsEntries)
             symbols.insert(name);
     const std::set<std::string> wanted = {
         "CBL_XMLPARSE_INTERFACE", "CBL_XMLPARSE_INTERFACE_WRAP", "CBL_XMLPARSE_EXCEPTION",
-        "CBL_XMLPARSE_EXCEPTION2", "CBL_XMLIO", "DMInit", "DMTerm", "DMGetCblData",
+        "CBL_XMLPARSE_EXCEPTION2", "CBL_XMLIO", "CBL_XMLIO_INTERFACE", "DMInit", "DMTerm", "DMGetCblData",
         "DMSetCblData", "cblxml_register_services",
     };
     for (const std::string &name : wanted)

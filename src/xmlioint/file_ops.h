@@ -1,0 +1,17 @@
+// The file operations behind CBL_XMLIO_INTERFACE. Each takes the file
+// control block and returns the status the call leaves in it.
+#ifndef CBLXML_XMLIOINT_FILE_OPS_H
+#define CBLXML_XMLIOINT_FILE_OPS_H
+
+#include <cstdint>
+
+#include "cblxml.h"
+
+namespace cblxml::xmlio {
+
+int32_t open_file(xmlio_fcb *fcb);   // opcode 1
+int32_t close_file(xmlio_fcb *fcb);  // opcode 2
+
+}  // namespace cblxml::xmlio
+
+#endif
