@@ -23,10 +23,10 @@ namespace {
 constexpr double kMiB = 1024.0 * 1024.0;
 
 // The goals the figures are read against (informational only).
-constexpr double kMinThroughputShare = 0.6;  // of the raw parse
-constexpr double kMemoryPerDocument = 4.0;   // times the document ...
+constexpr double kMinThroughputShare = 0.6;       // of the raw parse
+constexpr double kMemoryPerDocument = 4.0;        // times the document ...
 constexpr double kMemoryAllowance = 16.0 * kMiB;  // ... plus this
-constexpr double kLinearSlack = 1.2;         // growth above size ratio x this
+constexpr double kLinearSlack = 1.2;              // growth above size ratio x this
 
 struct Options {
     std::vector<size_t> sizesMiB{1, 10};
@@ -129,7 +129,8 @@ double now_seconds(bool wall)
     return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_nsec) * 1e-9;
 }
 
-template <typename Work> double best_seconds(const Options &options, Work work)
+template <typename Work>
+double best_seconds(const Options &options, Work work)
 {
     double best = 0;
     for (int i = 0; i < options.repeat; ++i) {
@@ -230,10 +231,12 @@ void print_row(const Row &row, const Row *smaller)
 {
     const double mib = row.bytes / kMiB;
     const bool haveMemory = row.memory.measured;
-    const double sizeRatio = smaller != nullptr ? static_cast<double>(row.bytes) / smaller->bytes : 0;
+    const double sizeRatio =
+        smaller != nullptr ? static_cast<double>(row.bytes) / smaller->bytes : 0;
     // Growth is normalised to the exact byte sizes, then scaled to the
     // nominal step, so that a linear parse shows the step (10.0) exactly.
-    const double nominal = smaller != nullptr ? static_cast<double>(row.sizeMiB) / smaller->sizeMiB : 0;
+    const double nominal =
+        smaller != nullptr ? static_cast<double>(row.sizeMiB) / smaller->sizeMiB : 0;
     auto growth = [&](double now, double before) { return now / before / sizeRatio * nominal; };
     std::printf(
         "%-10s %4zu %9llu %8.1f %7.1f %8.1f %7.1f %6.2f %8s %7s %6s %6s  %s\n", row.shape,
@@ -256,8 +259,8 @@ int dump(const Options &options)
         if (!options.onlyShape.empty() && options.onlyShape != shape.name)
             continue;
         for (size_t sizeMiB : options.sizesMiB) {
-            const std::string path = options.dumpDirectory + "/" + shape.name + "-" +
-                                     std::to_string(sizeMiB) + "mb.xml";
+            const std::string path =
+                options.dumpDirectory + "/" + shape.name + "-" + std::to_string(sizeMiB) + "mb.xml";
             const std::string document =
                 make_document(shape.shape, sizeMiB * static_cast<size_t>(kMiB));
             std::ofstream out(path, std::ios::binary);
@@ -323,8 +326,8 @@ int run(const Options &options)
     return 0;
 }
 
-} // namespace
-} // namespace cblxml_bench
+}  // namespace
+}  // namespace cblxml_bench
 
 int main(int argc, char **argv)
 {

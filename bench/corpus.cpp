@@ -19,7 +19,8 @@ public:
         return static_cast<uint32_t>(state % bound);
     }
 
-    template <size_t N> const char *pick(const char *const (&words)[N])
+    template <size_t N>
+    const char *pick(const char *const (&words)[N])
     {
         return words[below(static_cast<uint32_t>(N))];
     }
@@ -29,16 +30,15 @@ private:
 };
 
 const char *const kWords[] = {"alpha", "ledger", "north", "invoice", "quarter", "balance",
-                              "river", "sample",  "delta", "account", "marble",  "orbit"};
+                              "river", "sample", "delta", "account", "marble",  "orbit"};
 const char *const kCities[] = {"Lisbon", "Oslo", "Graz", "Turku", "Porto", "Lyon", "Cork"};
 const char *const kKinds[] = {"customer", "supplier", "employee", "partner"};
 // Fragments that each hold at least one reference; the character references
 // reach above Latin-1 and above U+FFFF so that every delivery form occurs.
-const char *const kReferenced[] = {
-    "Tom &amp; Jerry",       "a &lt; b &gt; c",     "caf&#233;",
-    "&quot;quoted&quot;",    "it&apos;s",           "&#x20AC;100",
-    "na&#xEF;ve",            "&#x1F600; smile",     "x&#65;&#66;&#67;y",
-    "&amp;&amp;&amp;",       "r&#233;sum&#233;",    "&#8211; dash"};
+const char *const kReferenced[] = {"Tom &amp; Jerry",    "a &lt; b &gt; c",  "caf&#233;",
+                                   "&quot;quoted&quot;", "it&apos;s",        "&#x20AC;100",
+                                   "na&#xEF;ve",         "&#x1F600; smile",  "x&#65;&#66;&#67;y",
+                                   "&amp;&amp;&amp;",    "r&#233;sum&#233;", "&#8211; dash"};
 
 void append_number(std::string &out, uint32_t value, int width)
 {
@@ -134,7 +134,7 @@ const Recipe &recipe(Shape shape)
     return kRecipes[0];
 }
 
-} // namespace
+}  // namespace
 
 const std::vector<ShapeInfo> &all_shapes()
 {
@@ -166,4 +166,4 @@ std::string make_document(Shape shape, size_t target)
     return out;
 }
 
-} // namespace cblxml_bench
+}  // namespace cblxml_bench

@@ -10,10 +10,10 @@
 namespace cblxml_bench {
 
 enum class Shape {
-    Records,    // record-shaped: attributes, short fields, indented LF lines
-    References, // text and attributes dense with entity and character references
-    Deep,       // nesting 400 levels deep, a short text at every level
-    Lines       // one short element per CR LF line
+    Records,     // record-shaped: attributes, short fields, indented LF lines
+    References,  // text and attributes dense with entity and character references
+    Deep,        // nesting 400 levels deep, a short text at every level
+    Lines        // one short element per CR LF line
 };
 
 struct ShapeInfo {
@@ -28,6 +28,6 @@ const std::vector<ShapeInfo> &all_shapes();
 // exceeds it by less than one record plus the closing tags.
 std::string make_document(Shape shape, size_t target);
 
-} // namespace cblxml_bench
+}  // namespace cblxml_bench
 
 #endif

@@ -42,15 +42,9 @@ static void uncount(void *block)
         live_bytes -= (long long)malloc_usable_size(block);
 }
 
-HOOK void *malloc(size_t size)
-{
-    return counted(__libc_malloc(size));
-}
+HOOK void *malloc(size_t size) { return counted(__libc_malloc(size)); }
 
-HOOK void *calloc(size_t count, size_t size)
-{
-    return counted(__libc_calloc(count, size));
-}
+HOOK void *calloc(size_t count, size_t size) { return counted(__libc_calloc(count, size)); }
 
 HOOK void *realloc(void *block, size_t size)
 {
@@ -93,10 +87,7 @@ HOOK int posix_memalign(void **out, size_t alignment, size_t size)
     return 0;
 }
 
-int heap_counter_available(void)
-{
-    return 1;
-}
+int heap_counter_available(void) { return 1; }
 
 void heap_counter_begin(void)
 {
@@ -113,18 +104,10 @@ long long heap_counter_end(void)
 
 #else
 
-int heap_counter_available(void)
-{
-    return 0;
-}
+int heap_counter_available(void) { return 0; }
 
-void heap_counter_begin(void)
-{
-}
+void heap_counter_begin(void) {}
 
-long long heap_counter_end(void)
-{
-    return 0;
-}
+long long heap_counter_end(void) { return 0; }
 
 #endif

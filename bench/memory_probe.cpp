@@ -48,7 +48,7 @@ void child(int out, const std::function<void()> &work)
     _exit(written == static_cast<ssize_t>(sizeof use) ? 0 : 1);
 }
 
-} // namespace
+}  // namespace
 
 MemoryUse measure_memory(const std::function<void()> &work)
 {
@@ -79,4 +79,4 @@ MemoryUse measure_memory(const std::function<void()> &work)
     return use;
 }
 
-} // namespace cblxml_bench
+}  // namespace cblxml_bench

@@ -8,10 +8,10 @@
 namespace cblxml_bench {
 
 struct MemoryUse {
-    bool measured = false;       // false when the child failed
-    long long rssGrowth = 0;     // peak resident set minus the child's start, bytes
-    long long heapGrowth = 0;    // peak net growth of live heap bytes
-    bool heapCounted = false;    // the allocator wrapper is in this build
+    bool measured = false;     // false when the child failed
+    long long rssGrowth = 0;   // peak resident set minus the child's start, bytes
+    long long heapGrowth = 0;  // peak net growth of live heap bytes
+    bool heapCounted = false;  // the allocator wrapper is in this build
 };
 
 // Runs `work` once in a child process and reports its peak memory above
@@ -19,6 +19,6 @@ struct MemoryUse {
 // buffers are already there: they are the caller's, not the parse's).
 MemoryUse measure_memory(const std::function<void()> &work);
 
-} // namespace cblxml_bench
+}  // namespace cblxml_bench
 
 #endif

@@ -21,7 +21,7 @@ public:
     void fatalError(const xercesc::SAXParseException &) override {}
 };
 
-} // namespace
+}  // namespace
 
 bool init_raw_parser()
 {
@@ -61,4 +61,4 @@ bool raw_parse(const std::string &document)
     }
 }
 
-} // namespace cblxml_bench
+}  // namespace cblxml_bench

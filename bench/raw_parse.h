@@ -14,6 +14,6 @@ bool init_raw_parser();
 // new reader. Returns false when the parser reported an error.
 bool raw_parse(const std::string &document);
 
-} // namespace cblxml_bench
+}  // namespace cblxml_bench
 
 #endif

@@ -28,4 +28,4 @@ ParseTally xml_parse(std::string &document, std::vector<char> &textArea)
     return tally;
 }
 
-} // namespace cblxml_bench
+}  // namespace cblxml_bench

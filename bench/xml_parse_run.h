@@ -20,6 +20,6 @@ struct ParseTally {
 // the last buffer handed over, as the program's run-time does.
 ParseTally xml_parse(std::string &document, std::vector<char> &textArea);
 
-} // namespace cblxml_bench
+}  // namespace cblxml_bench
 
 #endif

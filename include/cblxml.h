@@ -32,11 +32,11 @@ extern "C" {
 /* Option word of a parse (unsigned 32-bit)                                */
 /* ---------------------------------------------------------------------- */
 enum {
-    CBLXML_OPT_NATIONAL = 1,        /* document and texts are UTF-16 (XML-NTEXT) */
-    CBLXML_OPT_EBCDIC_DATA = 2,     /* the program's alphanumeric data is EBCDIC */
-    CBLXML_OPT_TREE = 4,            /* build a document tree (file I/O side) */
-    CBLXML_OPT_VALIDATE = 8,        /* validating parse */
-    CBLXML_OPT_VALIDATE_ONLY = 16   /* validating parse, errors only */
+    CBLXML_OPT_NATIONAL = 1,      /* document and texts are UTF-16 (XML-NTEXT) */
+    CBLXML_OPT_EBCDIC_DATA = 2,   /* the program's alphanumeric data is EBCDIC */
+    CBLXML_OPT_TREE = 4,          /* build a document tree (file I/O side) */
+    CBLXML_OPT_VALIDATE = 8,      /* validating parse */
+    CBLXML_OPT_VALIDATE_ONLY = 16 /* validating parse, errors only */
 };
 
 /* Length of the XML-EVENT item: space padded, not terminated. */
@@ -46,11 +46,11 @@ enum {
 /* One XML PARSE event                                                     */
 /* ---------------------------------------------------------------------- */
 typedef struct xd_parse_info {
-    char *event_name;            /* 30 space-padded bytes, own allocation */
-    char *text;                  /* terminated text (byte or UTF-16), or NULL */
-    int32_t code;                /* XML-CODE; -1 marks the terminal record */
-    struct xd_parse_info *prev;  /* previous record (sentinel for the first) */
-    struct xd_parse_info *next;  /* next record; NULL for the last */
+    char *event_name;           /* 30 space-padded bytes, own allocation */
+    char *text;                 /* terminated text (byte or UTF-16), or NULL */
+    int32_t code;               /* XML-CODE; -1 marks the terminal record */
+    struct xd_parse_info *prev; /* previous record (sentinel for the first) */
+    struct xd_parse_info *next; /* next record; NULL for the last */
 } xd_parse_info;
 
 /* ---------------------------------------------------------------------- */
@@ -76,17 +76,17 @@ enum {
 };
 
 typedef struct xd_dom_node_t {
-    uint32_t kind;                       /* XD_DOM_... */
-    char *name;                          /* owned, NUL-terminated */
-    char *namespace_uri;                 /* owned, or NULL */
-    char *value;                         /* owned, or NULL */
-    struct xd_dom_node_t *parent;        /* for an attribute: its element */
-    struct xd_dom_node_t *first_child;   /* elements, text, PIs in order */
-    struct xd_dom_node_t *next_sibling;  /* next child, or next attribute */
-    struct xd_dom_node_t *prev_sibling;  /* NULL for the first of a list */
+    uint32_t kind;                      /* XD_DOM_... */
+    char *name;                         /* owned, NUL-terminated */
+    char *namespace_uri;                /* owned, or NULL */
+    char *value;                        /* owned, or NULL */
+    struct xd_dom_node_t *parent;       /* for an attribute: its element */
+    struct xd_dom_node_t *first_child;  /* elements, text, PIs in order */
+    struct xd_dom_node_t *next_sibling; /* next child, or next attribute */
+    struct xd_dom_node_t *prev_sibling; /* NULL for the first of a list */
     struct xd_dom_node_t *first_attribute;
-    void *owner;                         /* the tree context; never followed */
-    struct xd_dom_node_t *last_child;    /* kept up to date by appenders */
+    void *owner;                      /* the tree context; never followed */
+    struct xd_dom_node_t *last_child; /* kept up to date by appenders */
     struct xd_dom_node_t *last_attribute;
 } xd_dom_node_t;
 
@@ -152,8 +152,7 @@ typedef struct cblxml_services {
        release_name(handle) frees the handle. */
     void *(*resolve_name)(const char *name, uint32_t length, char *result, int32_t flag);
     void (*release_name)(void *handle);
-    struct cblxml_stream *(*open_stream)(int32_t zero, void *handle, int32_t mode,
-                                         char *result);
+    struct cblxml_stream *(*open_stream)(int32_t zero, void *handle, int32_t mode, char *result);
 } cblxml_services;
 
 /* Installs the host's services; NULL members keep the defaults. A NULL table
@@ -167,9 +166,8 @@ CBLXML_API int cblxml_register_services(const cblxml_services *services);
 /* Delivers one event per call; the first call (null head) parses the
    document. A call with both `code` and `event_name` NULL frees what is left.
    Texts handed out through `text` are borrowed until the next call. */
-CBLXML_API void CBL_XMLPARSE_INTERFACE(xd_parse_info **state, void **document,
-                                       void **text, uint32_t *document_length,
-                                       uint32_t *text_length, void *code,
+CBLXML_API void CBL_XMLPARSE_INTERFACE(xd_parse_info **state, void **document, void **text,
+                                       uint32_t *document_length, uint32_t *text_length, void *code,
                                        char *event_name, uint32_t *flags);
 
 /* The same delivery for callers that pass plain values and own the text
@@ -192,8 +190,8 @@ CBLXML_API void CBL_XMLIO(void);
 /* ---------------------------------------------------------------------- */
 
 /* Parses `document` into the event list behind `sentinel`. */
-CBLXML_API int32_t kvt_xe_xmlparse(xd_parse_info *sentinel, const void *document,
-                                   uint32_t length, uint32_t flags);
+CBLXML_API int32_t kvt_xe_xmlparse(xd_parse_info *sentinel, const void *document, uint32_t length,
+                                   uint32_t flags);
 
 /* Parses in event mode (out = xd_parse_info ** of the sentinel) or tree mode
    (flags & 4; out = xd_dom_node_t ** receiving the document node).
@@ -217,8 +215,7 @@ CBLXML_API int kvt_xe_xml_dom_attr_node(void *owner, xd_dom_node_t **out, const 
 CBLXML_API int kvt_xe_xml_dom_text_node(void *owner, xd_dom_node_t **out, const char *chars,
                                         uint32_t length, int keep_blank);
 /* Takes ownership of `target` and `data` on success only. */
-CBLXML_API int kvt_xe_xml_dom_pi_node(void *owner, xd_dom_node_t **out, char *target,
-                                      char *data);
+CBLXML_API int kvt_xe_xml_dom_pi_node(void *owner, xd_dom_node_t **out, char *target, char *data);
 CBLXML_API void kvt_xe_xml_dom_free_node(xd_dom_node_t *node, int unlink);
 
 /* ---------------------------------------------------------------------- */
@@ -227,8 +224,8 @@ CBLXML_API void kvt_xe_xml_dom_free_node(xd_dom_node_t *node, int unlink);
 
 /* kind: 0 national document, 1 alphanumeric; add 2 for EBCDIC program data.
    Returns NULL only when the code page cannot be opened. */
-CBLXML_API void *DMInit(int32_t kind, int32_t reserved1, int32_t reserved2,
-                        int32_t decimal_point, int32_t grouping);
+CBLXML_API void *DMInit(int32_t kind, int32_t reserved1, int32_t reserved2, int32_t decimal_point,
+                        int32_t grouping);
 CBLXML_API void DMTerm(void *handle);
 /* Item -> text. *text_length: room in `text` on entry, bytes written on
    return (form 64 counts its one terminating NUL). Returns 0 or 1. */
@@ -236,8 +233,8 @@ CBLXML_API int32_t DMGetCblData(void *handle, const dm_item_desc *desc, const vo
                                 int32_t form, void *text, uint32_t *text_length);
 /* Text -> item, as a COBOL MOVE. Returns 0, or 1 (the item still receives a
    defined value: zero or spaces). */
-CBLXML_API int32_t DMSetCblData(void *handle, const dm_item_desc *desc, void *item,
-                                int32_t form, const void *text, uint32_t text_length);
+CBLXML_API int32_t DMSetCblData(void *handle, const dm_item_desc *desc, void *item, int32_t form,
+                                const void *text, uint32_t text_length);
 
 #ifdef __cplusplus
 } /* extern "C" */

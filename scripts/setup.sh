@@ -4,7 +4,7 @@
 set -euo pipefail
 
 packages=(cmake make ninja-build g++ clang pkg-config libxerces-c-dev libgtest-dev
-          libbenchmark-dev gnucobol3 python3)
+          libbenchmark-dev gnucobol3 python3 clang-format clang-tidy)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")

@@ -17,9 +17,8 @@
 
 namespace {
 
-const char kUsage[] =
-    "usage: cblxml-parse [--national] [--ebcdic] [--validate] [--validate-only]\n"
-    "                    [--options N] FILE\n";
+const char kUsage[] = "usage: cblxml-parse [--national] [--ebcdic] [--validate] [--validate-only]\n"
+                      "                    [--options N] FILE\n";
 
 int fail(const std::string &message)
 {
@@ -151,7 +150,7 @@ bool parse_number(const char *text, uint32_t &value)
     return true;
 }
 
-} // namespace
+}  // namespace
 
 int main(int argc, char **argv)
 {
@@ -210,8 +209,9 @@ int main(int argc, char **argv)
                                &options);
         std::string name(event, sizeof event);
         name.erase(name.find_last_not_of(' ') + 1);
-        const int32_t xmlCode = static_cast<int32_t>(
-            (uint32_t{code[0]} << 24) | (uint32_t{code[1]} << 16) | (uint32_t{code[2]} << 8) | code[3]);
+        const int32_t xmlCode =
+            static_cast<int32_t>((uint32_t{code[0]} << 24) | (uint32_t{code[1]} << 16) |
+                                 (uint32_t{code[2]} << 8) | code[3]);
         const char *t = static_cast<const char *>(text);
         std::string shown;
         if (t != nullptr) {

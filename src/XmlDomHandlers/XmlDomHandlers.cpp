@@ -95,15 +95,9 @@ void XmlDomHandlers::setDocumentLocator(const xercesc::Locator *const newLocator
     locator = newLocator;
 }
 
-void XmlDomHandlers::startDocument()
-{
-    sink->startDocument();
-}
+void XmlDomHandlers::startDocument() { sink->startDocument(); }
 
-void XmlDomHandlers::endDocument()
-{
-    sink->endDocument();
-}
+void XmlDomHandlers::endDocument() { sink->endDocument(); }
 
 void XmlDomHandlers::startElement(const XMLCh *const uri, const XMLCh *const localname,
                                   const XMLCh *const qname, const xercesc::Attributes &attrs)
@@ -141,44 +135,23 @@ void XmlDomHandlers::startDTD(const XMLCh *const, const XMLCh *const publicId,
     sink->startDTD(publicId, systemId);
 }
 
-void XmlDomHandlers::endDTD()
-{
-    sink->endDTD();
-}
+void XmlDomHandlers::endDTD() { sink->endDTD(); }
 
 void XmlDomHandlers::comment(const XMLCh *const chars, const XMLSize_t length)
 {
     sink->comment(chars, length);
 }
 
-void XmlDomHandlers::startCDATA()
-{
-    sink->startCDATA();
-}
+void XmlDomHandlers::startCDATA() { sink->startCDATA(); }
 
-void XmlDomHandlers::endCDATA()
-{
-    sink->endCDATA();
-}
+void XmlDomHandlers::endCDATA() { sink->endCDATA(); }
 
-void XmlDomHandlers::warning(const xercesc::SAXParseException &exc)
-{
-    sink->warning(exc);
-}
+void XmlDomHandlers::warning(const xercesc::SAXParseException &exc) { sink->warning(exc); }
 
-void XmlDomHandlers::error(const xercesc::SAXParseException &exc)
-{
-    sink->error(exc);
-}
+void XmlDomHandlers::error(const xercesc::SAXParseException &exc) { sink->error(exc); }
 
-void XmlDomHandlers::fatalError(const xercesc::SAXParseException &exc)
-{
-    sink->fatalError(exc);
-}
+void XmlDomHandlers::fatalError(const xercesc::SAXParseException &exc) { sink->fatalError(exc); }
 
-void XmlDomHandlers::resetErrors()
-{
-    sawErrors = false;
-}
+void XmlDomHandlers::resetErrors() { sawErrors = false; }
 
-} // namespace cblxml
+}  // namespace cblxml

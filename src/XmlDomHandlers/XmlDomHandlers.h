@@ -21,9 +21,9 @@
 #include <xercesc/sax2/DefaultHandler.hpp>
 #include <xercesc/util/TransService.hpp>
 
-#include "cblxml.h"
 #include "XmlDomHandlers/line_index.h"
 #include "XmlParseErr/xml_perr_op_table.h"
+#include "cblxml.h"
 
 namespace cblxml {
 
@@ -72,8 +72,8 @@ public:
     // terminator. Unconvertible characters are replaced; running out of
     // memory throws std::bad_alloc (`out` then holds a part of the text at
     // most).
-    void WCharToCOBOL1(xercesc::XMLTranscoder *t, const XMLCh *source, char *out,
-                       int32_t count, int32_t national);
+    void WCharToCOBOL1(xercesc::XMLTranscoder *t, const XMLCh *source, char *out, int32_t count,
+                       int32_t national);
 
     // Bytes a caller must zero-fill for WCharToCOBOL1 of `count` units,
     // terminator included.
@@ -155,17 +155,17 @@ private:
 
     std::unique_ptr<HandlerSink> sink;  // the mode's call-backs
     EventSink *events = nullptr;        // the sink in event mode, else null
-    bool asciiTranscoder = false;  // the transcoder writes ASCII as it is (UTF-8)
+    bool asciiTranscoder = false;       // the transcoder writes ASCII as it is (UTF-8)
     const xercesc::Locator *locator = nullptr;
     const ParserError *parserError = nullptr;
-    LineIndex lines;  // extended as the parse moves on
-    std::vector<char> scratch;  // conversion area reused by cobolText
+    LineIndex lines;                                      // extended as the parse moves on
+    std::vector<char> scratch;                            // conversion area reused by cobolText
     std::unordered_set<std::u16string> declaredEntities;  // general entities
     // The parser reads UTF-8 that starts with a byte-order mark: it counts no
     // column for the mark (it does count a UTF-16 mark).
     bool bomUncounted = false;
 };
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

@@ -4,8 +4,8 @@
 // DOCUMENT-TYPE-DECLARATION event, in document order.
 #include <string>
 
-#include "XmlDomHandlers/event_sink.h"
 #include "XmlDomHandlers/decl_scan.h"
+#include "XmlDomHandlers/event_sink.h"
 #include "XmlParseErr/event_record.h"
 
 namespace cblxml {
@@ -27,7 +27,7 @@ size_t skip_past(const XMLCh *text, size_t length, size_t pos, const char16_t *e
     return length;
 }
 
-} // namespace
+}  // namespace
 
 void EventSink::findBareDoctype()
 {
@@ -56,7 +56,8 @@ void EventSink::findBareDoctype()
     if (end >= length || docText[end] != u'>')
         return;
     const std::u16string words(docText + pos + 9, end - pos - 9);
-    if (words.find(u"SYSTEM") != std::u16string::npos || words.find(u"PUBLIC") != std::u16string::npos)
+    if (words.find(u"SYSTEM") != std::u16string::npos ||
+        words.find(u"PUBLIC") != std::u16string::npos)
         return;
     bareDoctypeStart = static_cast<int64_t>(pos);
     bareDoctypeEnd = static_cast<int64_t>(end);
@@ -74,4 +75,4 @@ void EventSink::emitBareDoctypeBefore(int64_t position)
     appendSourceText(record, from, bareDoctypeEnd);
 }
 
-} // namespace cblxml
+}  // namespace cblxml

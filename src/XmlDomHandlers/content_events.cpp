@@ -5,8 +5,8 @@
 #include <string_view>
 
 #include "XmlDomHandlers/event_sink.h"
-#include "XmlParseErr/event_record.h"
 #include "XmlDomHandlers/text_units.h"
+#include "XmlParseErr/event_record.h"
 
 namespace cblxml {
 
@@ -52,15 +52,22 @@ void EventSink::characters(const XMLCh *chars, size_t units)
     size_t restFrom = 0;
     XMLCh single = 0;
     switch (second) {
-    case u'l': single = u'<'; break;
-    case u'g': single = u'>'; break;
-    case u'q': single = u'"'; break;
+    case u'l':
+        single = u'<';
+        break;
+    case u'g':
+        single = u'>';
+        break;
+    case u'q':
+        single = u'"';
+        break;
     case u'a': {
         const XMLCh third = q + 2 <= p ? docText[q + 2] : 0;
         single = third == u'm' ? u'&' : third == u'p' ? u'\'' : 0;
         break;
     }
-    default: break;
+    default:
+        break;
     }
     if (second == u'#') {
         size_t take = (units > 1 && is_high_surrogate(chars[0])) ? 2 : 1;
@@ -84,4 +91,4 @@ void EventSink::characters(const XMLCh *chars, size_t units)
         appendTextEvent("CONTENT-CHARACTERS", chars + restFrom, units - restFrom);
 }
 
-} // namespace cblxml
+}  // namespace cblxml

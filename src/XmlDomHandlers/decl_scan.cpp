@@ -63,4 +63,4 @@ bool starts_with(const char16_t *text, size_t end, const char16_t *prefix)
     return n <= end && std::char_traits<char16_t>::compare(text, prefix, n) == 0;
 }
 
-} // namespace cblxml
+}  // namespace cblxml

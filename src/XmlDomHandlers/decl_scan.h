@@ -41,6 +41,6 @@ DeclaredEncoding declared_encoding(const char16_t *decl, size_t end);
 // True when text[0, end) begins with `prefix`.
 bool starts_with(const char16_t *text, size_t end, const char16_t *prefix);
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

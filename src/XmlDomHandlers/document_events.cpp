@@ -7,15 +7,20 @@
 
 #include <xercesc/framework/XMLErrorCodes.hpp>
 
-#include "XmlDomHandlers/event_sink.h"
 #include "XmlDomHandlers/decl_scan.h"
+#include "XmlDomHandlers/event_sink.h"
 #include "XmlParseErr/event_record.h"
 #include "XmlParseErr/exception_codes.h"
 
 namespace cblxml {
 namespace {
 
-enum class Pseudo { Version, Encoding, Standalone, Other };
+enum class Pseudo {
+    Version,
+    Encoding,
+    Standalone,
+    Other
+};
 
 Pseudo pseudo_attribute(const std::u16string &name)
 {
@@ -28,7 +33,7 @@ Pseudo pseudo_attribute(const std::u16string &name)
     return Pseudo::Other;
 }
 
-} // namespace
+}  // namespace
 
 void EventSink::startDocument()
 {
@@ -112,9 +117,6 @@ void EventSink::appendDocumentDeclaration()
     }
 }
 
-void EventSink::endDocument()
-{
-    appendEvent(new_event("END-OF-DOCUMENT"));
-}
+void EventSink::endDocument() { appendEvent(new_event("END-OF-DOCUMENT")); }
 
-} // namespace cblxml
+}  // namespace cblxml

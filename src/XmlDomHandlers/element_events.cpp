@@ -5,10 +5,10 @@
 #include <string>
 #include <string_view>
 
-#include "XmlDomHandlers/event_sink.h"
 #include "XmlDomHandlers/decl_scan.h"
-#include "XmlParseErr/event_record.h"
+#include "XmlDomHandlers/event_sink.h"
 #include "XmlDomHandlers/text_units.h"
+#include "XmlParseErr/event_record.h"
 
 namespace cblxml {
 namespace {
@@ -19,20 +19,24 @@ namespace {
 XMLCh predefined_character(const std::u16string &name)
 {
     switch (name.empty() ? u'\0' : name[0]) {
-    case u'l': return u'<';
-    case u'g': return u'>';
-    case u'q': return u'"';
+    case u'l':
+        return u'<';
+    case u'g':
+        return u'>';
+    case u'q':
+        return u'"';
     case u'a':
         if (name.size() > 1 && name[1] == u'm')
             return u'&';
         if (name.size() > 1 && name[1] == u'p')
             return u'\'';
         return 0;
-    default: return 0;
+    default:
+        return 0;
     }
 }
 
-} // namespace
+}  // namespace
 
 void EventSink::startElement(const XMLCh *, const XMLCh *, const XMLCh *qname,
                              const xercesc::Attributes &attrs)
@@ -111,8 +115,8 @@ void EventSink::startElement(const XMLCh *, const XMLCh *, const XMLCh *qname,
                 appendEvent(record);
                 record->text = copy_text(value + cursor, units * 2, 2);
                 cursor += units;
-            } else if (!ref.empty() && (ref[0] == u'l' || ref[0] == u'g' || ref[0] == u'q' ||
-                                        ref[0] == u'a')) {
+            } else if (!ref.empty() &&
+                       (ref[0] == u'l' || ref[0] == u'g' || ref[0] == u'q' || ref[0] == u'a')) {
                 xd_parse_info *record = newRecord("ATTRIBUTE-CHARACTER");
                 appendEvent(record);
                 XMLCh c = predefined_character(ref);
@@ -140,4 +144,4 @@ void EventSink::endElement(const XMLCh *qname)
     appendTextEvent("END-OF-ELEMENT", qname, unit_length(qname));
 }
 
-} // namespace cblxml
+}  // namespace cblxml

@@ -7,10 +7,10 @@
 #include <xercesc/util/PlatformUtils.hpp>
 
 #include "XmlDomHandlers/XmlDomHandlers.h"
-#include "XmlDomHandlers/event_sink.h"
-#include "XmlDomHandlers/tree_sink.h"
 #include "XmlDomHandlers/decl_scan.h"
 #include "XmlDomHandlers/encoding_names.h"
+#include "XmlDomHandlers/event_sink.h"
+#include "XmlDomHandlers/tree_sink.h"
 #include "XmlParseErr/event_record.h"
 #include "XmlParseErr/exception_codes.h"
 #include "platform/platform.h"
@@ -35,10 +35,12 @@ const LeadingBytes kDetection[] = {
     {"\xEF\xBB\xBF", 3, u"UTF-8"},
     {"<?xml ", 6, u"UTF-8"},
     {"\x00\x00\xFE\xFF", 4, u"UCS-4BE"},
-    {"\x00\x00\x00\x3C\x00\x00\x00\x3F\x00\x00\x00\x78\x00\x00\x00\x6D\x00\x00\x00\x6C\x00\x00\x00\x20",
+    {"\x00\x00\x00\x3C\x00\x00\x00\x3F\x00\x00\x00\x78\x00\x00\x00\x6D\x00\x00\x00\x6C\x00\x00\x00"
+     "\x20",
      24, u"UCS-4BE"},
     {"\xFF\xFE\x00\x00", 4, u"UCS-4LE"},
-    {"\x3C\x00\x00\x00\x3F\x00\x00\x00\x78\x00\x00\x00\x6D\x00\x00\x00\x6C\x00\x00\x00\x20\x00\x00\x00",
+    {"\x3C\x00\x00\x00\x3F\x00\x00\x00\x78\x00\x00\x00\x6D\x00\x00\x00\x6C\x00\x00\x00\x20\x00\x00"
+     "\x00",
      24, u"UCS-4LE"},
 };
 
@@ -101,12 +103,13 @@ std::u16string byte_declaration(const unsigned char *doc, uint32_t length)
     uint32_t from = (length >= 3 && std::memcmp(doc, "\xEF\xBB\xBF", 3) == 0) ? 3 : 0;
     for (uint32_t i = from; i + 1 < length; ++i) {
         if (doc[i] == '?' && doc[i + 1] == '>')
-            return platform::utf8_to_utf16(reinterpret_cast<const char *>(doc + from), i + 2 - from);
+            return platform::utf8_to_utf16(reinterpret_cast<const char *>(doc + from),
+                                           i + 2 - from);
     }
     return {};
 }
 
-} // namespace
+}  // namespace
 
 void XmlDomHandlers::refuse(int32_t code, const unsigned char *doc, uint32_t length)
 {
@@ -150,8 +153,7 @@ std::u16string XmlDomHandlers::detectEncoding(const unsigned char *doc, uint32_t
     return {};
 }
 
-void XmlDomHandlers::constructEventMode(const unsigned char *doc, uint32_t length,
-                                        uint32_t flags)
+void XmlDomHandlers::constructEventMode(const unsigned char *doc, uint32_t length, uint32_t flags)
 {
     national = (flags & CBLXML_OPT_NATIONAL) != 0;
     std::u16string detected;  // empty: no encoding name
@@ -198,8 +200,8 @@ void XmlDomHandlers::constructEventMode(const unsigned char *doc, uint32_t lengt
 void XmlDomHandlers::convertThroughDataMap(const unsigned char *doc, uint32_t length,
                                            uint32_t flags)
 {
-    mapHandle = DMInit(national ? 0 : (1 | static_cast<int32_t>(flags & CBLXML_OPT_EBCDIC_DATA)),
-                       0, 0, 0, 0);
+    mapHandle = DMInit(national ? 0 : (1 | static_cast<int32_t>(flags & CBLXML_OPT_EBCDIC_DATA)), 0,
+                       0, 0, 0);
     if (mapHandle == nullptr) {
         // The program's code page cannot be opened: nothing can be read,
         // so the document is refused rather than parsed as garbage.
@@ -211,8 +213,7 @@ void XmlDomHandlers::convertThroughDataMap(const unsigned char *doc, uint32_t le
     // code page, 3 per 2 bytes of UTF-16, plus the terminator.
     uint32_t converted = platform::utf8_room(length);
     std::string utf8(converted, '\0');
-    if (platform::get_cbl_data(mapHandle, &idesc, doc, DM_FORM_UTF8, utf8.data(),
-                               &converted) != 0)
+    if (platform::get_cbl_data(mapHandle, &idesc, doc, DM_FORM_UTF8, utf8.data(), &converted) != 0)
         converted = 0;
     if (converted > 0)
         --converted;  // the data map counts its terminator
@@ -303,4 +304,4 @@ void XmlDomHandlers::constructTreeMode(const unsigned char *doc, uint32_t length
     docText = toUtf16(doc, docTextLen);
 }
 
-} // namespace cblxml
+}  // namespace cblxml

@@ -10,27 +10,21 @@ struct NameRow {
 
 // Tried top to bottom; the comparison is exact on the upper-cased name.
 constexpr NameRow kNames[] = {
-    {u"UTF16", u"UTF-16"},        {u"UTF-16", u"UTF-16"},
-    {u"IBM1200", u"UTF-16"},      {u"IBM-1200", u"UTF-16"},
-    {u"UCS2", u"UTF-16"},         {u"UTF-16 (BE)", u"UTF-16BE"},
-    {u"UTF-16BE", u"UTF-16BE"},   {u"UTF-16 (LE)", u"UTF-16LE"},
-    {u"UTF-16LE", u"UTF-16LE"},   {u"UTF8", u"UTF-8"},
-    {u"UTF-8", u"UTF-8"},         {u"UCS4", u"UCS-4"},
-    {u"UCS-4", u"UCS-4"},         {u"UCS_4", u"UCS-4"},
-    {u"UCS-4 (BE)", u"UCS-4BE"},  {u"UCS-4BE", u"UCS-4BE"},
-    {u"UCS-4 (LE)", u"UCS-4LE"},  {u"UCS-4LE", u"UCS-4LE"},
-    {u"IBM037", u"IBM037"},       {u"EBCDIC-CP-US", u"IBM037"},
-    {u"CP037", u"IBM037"},        {u"CP-037", u"IBM037"},
-    {u"CP_037", u"IBM037"},       {u"IBM-037", u"IBM037"},
-    {u"CCSID-037", u"IBM037"},    {u"CCSID_037", u"IBM037"},
-    {u"IBM1140", u"IBM1140"},     {u"IBM01140", u"IBM1140"},
-    {u"CCSID01140", u"IBM1140"},  {u"CP01140", u"IBM1140"},
-    {u"IBM-1140", u"IBM1140"},    {u"CP1140", u"IBM1140"},
-    {u"CP-1140", u"IBM1140"},     {u"CP_1140", u"IBM1140"},
-    {u"CCSID-1140", u"IBM1140"},  {u"CCSID_1140", u"IBM1140"},
+    {u"UTF16", u"UTF-16"},      {u"UTF-16", u"UTF-16"},        {u"IBM1200", u"UTF-16"},
+    {u"IBM-1200", u"UTF-16"},   {u"UCS2", u"UTF-16"},          {u"UTF-16 (BE)", u"UTF-16BE"},
+    {u"UTF-16BE", u"UTF-16BE"}, {u"UTF-16 (LE)", u"UTF-16LE"}, {u"UTF-16LE", u"UTF-16LE"},
+    {u"UTF8", u"UTF-8"},        {u"UTF-8", u"UTF-8"},          {u"UCS4", u"UCS-4"},
+    {u"UCS-4", u"UCS-4"},       {u"UCS_4", u"UCS-4"},          {u"UCS-4 (BE)", u"UCS-4BE"},
+    {u"UCS-4BE", u"UCS-4BE"},   {u"UCS-4 (LE)", u"UCS-4LE"},   {u"UCS-4LE", u"UCS-4LE"},
+    {u"IBM037", u"IBM037"},     {u"EBCDIC-CP-US", u"IBM037"},  {u"CP037", u"IBM037"},
+    {u"CP-037", u"IBM037"},     {u"CP_037", u"IBM037"},        {u"IBM-037", u"IBM037"},
+    {u"CCSID-037", u"IBM037"},  {u"CCSID_037", u"IBM037"},     {u"IBM1140", u"IBM1140"},
+    {u"IBM01140", u"IBM1140"},  {u"CCSID01140", u"IBM1140"},   {u"CP01140", u"IBM1140"},
+    {u"IBM-1140", u"IBM1140"},  {u"CP1140", u"IBM1140"},       {u"CP-1140", u"IBM1140"},
+    {u"CP_1140", u"IBM1140"},   {u"CCSID-1140", u"IBM1140"},   {u"CCSID_1140", u"IBM1140"},
 };
 
-} // namespace
+}  // namespace
 
 std::u16string normalise_encoding_name(const std::u16string &upperName)
 {
@@ -52,4 +46,4 @@ bool is_transcoder_name(const std::u16string &name)
     return true;
 }
 
-} // namespace cblxml
+}  // namespace cblxml

@@ -20,6 +20,6 @@ std::u16string normalise_encoding_name(const std::u16string &upperName);
 bool is_transcoder_name(const std::u16string &name);
 constexpr size_t kMaxEncodingName = 60;
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

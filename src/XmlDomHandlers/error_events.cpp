@@ -24,7 +24,7 @@ int error_index(const ParserError *error)
     return xml_perr_index(error->code, error->domain);
 }
 
-} // namespace
+}  // namespace
 
 // The character offset of the error in the handler's text. The parser's line
 // and column may point past the text (an error at the end of the input): the
@@ -93,4 +93,4 @@ void EventSink::fatalError(const xercesc::SAXParseException &exc)
     appendEvent(record.release());
 }
 
-} // namespace cblxml
+}  // namespace cblxml

@@ -94,4 +94,4 @@ void release_event(EventPool *pool, xd_parse_info *record)
     kvt_xe_xmlparse_delete_info(record);
 }
 
-} // namespace cblxml
+}  // namespace cblxml

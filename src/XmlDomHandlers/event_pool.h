@@ -56,6 +56,6 @@ private:
 // pooled record goes back to `pool`, which must be the pool that made it.
 void release_event(EventPool *pool, xd_parse_info *record);
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

@@ -33,4 +33,4 @@ xd_parse_info *EventSink::appendTextEvent(const char *name, const XMLCh *text, s
     return record;
 }
 
-} // namespace cblxml
+}  // namespace cblxml

@@ -7,10 +7,10 @@
 #include <string>
 #include <string_view>
 
-#include "cblxml.h"
 #include "XmlDomHandlers/XmlDomHandlers.h"
 #include "XmlDomHandlers/event_pool.h"
 #include "XmlDomHandlers/handler_sink.h"
+#include "cblxml.h"
 
 namespace cblxml {
 
@@ -73,16 +73,16 @@ private:
     XmlDomHandlers &h;
     xd_parse_info *eventTail;
     EventPool *pool = nullptr;
-    bool doctypeSeen = false;  // a DOCUMENT-TYPE-DECLARATION event was made
-    std::u16string attrRaw;    // an attribute value as written, reused
-    int64_t dtdPosition = -1;  // where the open declaration stood
-    bool inDtd = false;        // between startDTD and endDTD
+    bool doctypeSeen = false;       // a DOCUMENT-TYPE-DECLARATION event was made
+    std::u16string attrRaw;         // an attribute value as written, reused
+    int64_t dtdPosition = -1;       // where the open declaration stood
+    bool inDtd = false;             // between startDTD and endDTD
     int64_t bareDoctypeStart = -1;  // an unreported "<!DOCTYPE name>", until emitted
     int64_t bareDoctypeEnd = -1;
-    int64_t depth = 0;  // elements open
+    int64_t depth = 0;        // elements open
     int64_t skippedUpTo = 0;  // where the last run of references looked at ended
 };
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

@@ -20,7 +20,8 @@ public:
     virtual void startDocument() {}
     virtual void endDocument() {}
     virtual void startElement(const XMLCh * /*uri*/, const XMLCh * /*localname*/,
-                              const XMLCh * /*qname*/, const xercesc::Attributes & /*attrs*/) {}
+                              const XMLCh * /*qname*/, const xercesc::Attributes & /*attrs*/)
+    {}
     virtual void endElement(const XMLCh * /*qname*/) {}
     // `units` (at least 1) units of text, none of them zero.
     virtual void characters(const XMLCh * /*chars*/, size_t /*units*/) {}
@@ -36,6 +37,6 @@ public:
     virtual void fatalError(const xercesc::SAXParseException &exc) = 0;
 };
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

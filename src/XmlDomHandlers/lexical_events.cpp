@@ -6,19 +6,16 @@
 #include <xercesc/framework/XMLErrorCodes.hpp>
 
 #include "XmlDomHandlers/event_sink.h"
+#include "XmlDomHandlers/text_units.h"
 #include "XmlParseErr/event_record.h"
 #include "XmlParseErr/exception_codes.h"
-#include "XmlDomHandlers/text_units.h"
 
 namespace cblxml {
 namespace {
 
-bool has_text(const XMLCh *text)
-{
-    return text != nullptr && text[0] != 0;
-}
+bool has_text(const XMLCh *text) { return text != nullptr && text[0] != 0; }
 
-} // namespace
+}  // namespace
 
 void EventSink::appendSourceText(xd_parse_info *record, int64_t from, int64_t to)
 {
@@ -60,8 +57,8 @@ void EventSink::startDTD(const XMLCh *publicId, const XMLCh *systemId)
 void EventSink::endDTD()
 {
     inDtd = false;
-    if (eventTail == nullptr || eventTail->text == nullptr ||
-        eventTail->text[0] != '[' || dtdPosition < 0)
+    if (eventTail == nullptr || eventTail->text == nullptr || eventTail->text[0] != '[' ||
+        dtdPosition < 0)
         return;
     const int64_t pos = h.clampedPosition();
     int64_t open = dtdPosition;
@@ -103,9 +100,6 @@ void EventSink::startCDATA()
     appendTextEvent("START-OF-CDATA-SECTION", u"<![CDATA[", 9);
 }
 
-void EventSink::endCDATA()
-{
-    appendTextEvent("END-OF-CDATA-SECTION", u"]]>", 3);
-}
+void EventSink::endCDATA() { appendTextEvent("END-OF-CDATA-SECTION", u"]]>", 3); }
 
-} // namespace cblxml
+}  // namespace cblxml

@@ -66,4 +66,4 @@ uint32_t LineIndex::lineStart(uint64_t line)
     return start;
 }
 
-} // namespace cblxml
+}  // namespace cblxml

@@ -40,6 +40,6 @@ private:
     uint32_t cursorStart = 0;
 };
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

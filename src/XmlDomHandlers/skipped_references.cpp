@@ -34,14 +34,14 @@ int64_t reference_before(const XMLCh *text, int64_t end)
         const XMLCh c = text[i];
         if (c == u'&')
             return i + 2 < end ? i : -1;
-        if (is_decl_space(c) || c == u'<' || c == u'>' || c == u';' || c == u'"' ||
-            c == u'\'' || c == u'%' || c == 0)
+        if (is_decl_space(c) || c == u'<' || c == u'>' || c == u';' || c == u'"' || c == u'\'' ||
+            c == u'%' || c == 0)
             return -1;
     }
     return -1;
 }
 
-} // namespace
+}  // namespace
 
 bool EventSink::isSkipped(std::u16string_view name) const
 {
@@ -102,4 +102,4 @@ void EventSink::appendSkippedBeforeMarkup(const char16_t *opener)
     }
 }
 
-} // namespace cblxml
+}  // namespace cblxml

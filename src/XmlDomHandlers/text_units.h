@@ -13,11 +13,8 @@ inline size_t unit_length(const char16_t *text)
     return text != nullptr ? std::char_traits<char16_t>::length(text) : 0;
 }
 
-inline bool is_high_surrogate(char16_t c)
-{
-    return c >= 0xD800 && c <= 0xDBFF;
-}
+inline bool is_high_surrogate(char16_t c) { return c >= 0xD800 && c <= 0xDBFF; }
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

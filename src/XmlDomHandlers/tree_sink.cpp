@@ -27,7 +27,7 @@ struct FreeText {
 };
 using CText = std::unique_ptr<char, FreeText>;
 
-} // namespace
+}  // namespace
 
 TreeSink::TreeSink(XmlDomHandlers &handler, void *out, xd_dom_parse_err_t **errorRecordOut)
     : h(handler)
@@ -236,19 +236,10 @@ void TreeSink::recordError(const xercesc::SAXParseException &exc, bool readDomai
     errorRecord->message = text;
 }
 
-void TreeSink::warning(const xercesc::SAXParseException &exc)
-{
-    recordError(exc, false);
-}
+void TreeSink::warning(const xercesc::SAXParseException &exc) { recordError(exc, false); }
 
-void TreeSink::error(const xercesc::SAXParseException &exc)
-{
-    recordError(exc, false);
-}
+void TreeSink::error(const xercesc::SAXParseException &exc) { recordError(exc, false); }
 
-void TreeSink::fatalError(const xercesc::SAXParseException &exc)
-{
-    recordError(exc, true);
-}
+void TreeSink::fatalError(const xercesc::SAXParseException &exc) { recordError(exc, true); }
 
-} // namespace cblxml
+}  // namespace cblxml

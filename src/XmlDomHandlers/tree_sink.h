@@ -6,9 +6,9 @@
 #include <cstddef>
 #include <string>
 
-#include "cblxml.h"
 #include "XmlDomHandlers/XmlDomHandlers.h"
 #include "XmlDomHandlers/handler_sink.h"
+#include "cblxml.h"
 
 namespace cblxml {
 
@@ -51,6 +51,6 @@ private:
     size_t mergeCap = 0;
 };
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

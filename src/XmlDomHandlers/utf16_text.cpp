@@ -50,8 +50,7 @@ XMLCh *XmlDomHandlers::toUtf16(const unsigned char *source, uint32_t &length)
                 XMLSize_t used = 0;
                 const XMLSize_t want = std::min<XMLSize_t>(length - produced, block);
                 XMLSize_t made = transcoder->transcodeFrom(source + eaten, length - eaten,
-                                                           out + produced, want, used,
-                                                           sizes.get());
+                                                           out + produced, want, used, sizes.get());
                 if (used == 0 && made == 0)
                     break;  // an incomplete sequence at the end
                 eaten += used;
@@ -76,4 +75,4 @@ XMLCh *XmlDomHandlers::toUtf16(const unsigned char *source, uint32_t &length)
     return out;
 }
 
-} // namespace cblxml
+}  // namespace cblxml

@@ -31,8 +31,8 @@ void XmlDomHandlers::WCharToCOBOL1(xercesc::XMLTranscoder *t, const XMLCh *sourc
         // neither padded nor cut.
         std::string utf8 = platform::utf16_to_utf8(source, units);
         dm_item_desc item = idesc;
-        item.length = platform::dm_stored_size(mapHandle, &idesc,
-                                               utf8.data(), static_cast<uint32_t>(utf8.size()));
+        item.length = platform::dm_stored_size(mapHandle, &idesc, utf8.data(),
+                                               static_cast<uint32_t>(utf8.size()));
         if (item.length > limit)
             item.length = static_cast<uint32_t>(limit);
         platform::set_cbl_data(mapHandle, &item, out, DM_FORM_UTF8, utf8.data(),
@@ -104,4 +104,4 @@ char *XmlDomHandlers::cobolText(const XMLCh *source, size_t count, int32_t natio
     return text;
 }
 
-} // namespace cblxml
+}  // namespace cblxml

@@ -41,4 +41,4 @@ char *copy_text(const void *bytes, size_t size, size_t width)
     return text;
 }
 
-} // namespace cblxml
+}  // namespace cblxml

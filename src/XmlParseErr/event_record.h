@@ -20,7 +20,8 @@ void rename_event(xd_parse_info *record, const char *name);
 // True when the 30-byte name begins with `name` (prefix comparison over the
 // length of `name`, as the delivery compares names). The length of a literal
 // name is known when compiling: the hot paths compare names on every event.
-template <size_t N> inline bool event_is(const xd_parse_info *record, const char (&name)[N])
+template <size_t N>
+inline bool event_is(const xd_parse_info *record, const char (&name)[N])
 {
     static_assert(N - 1 <= CBLXML_EVENT_NAME_LEN, "event names have at most 30 bytes");
     return record != nullptr && record->event_name != nullptr &&
@@ -31,6 +32,6 @@ template <size_t N> inline bool event_is(const xd_parse_info *record, const char
 // new zero-filled buffer; null on allocation failure.
 char *copy_text(const void *bytes, size_t size, size_t width);
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

@@ -23,6 +23,6 @@ constexpr int32_t kEbcdicRefusedCode = 300;
 constexpr int32_t kAsciiRefusedCode = 306;
 constexpr int32_t kUtf16RefusedCode = 310;
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

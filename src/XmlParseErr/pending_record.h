@@ -23,6 +23,6 @@ struct EventChainDeleter {
 
 using PendingRecord = std::unique_ptr<xd_parse_info, EventChainDeleter>;
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

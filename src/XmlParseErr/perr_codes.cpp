@@ -105,7 +105,7 @@ int64_t pi_start_at_or_before(DocView doc, int64_t i)
     return kNotFound;
 }
 
-} // namespace
+}  // namespace
 
 int32_t InvalidDocumentStructureCode(const ErrorSite &site)
 {
@@ -261,7 +261,8 @@ int32_t UnterminatedPICode(const ErrorSite &site)
     // start means markup followed that the instruction swallowed.
     const int64_t start = pi_start_at_or_before(doc, site.position);
     char16_t openQuote = 0;
-    for (int64_t j = start == kNotFound ? 0 : start + 1; j < static_cast<int64_t>(doc.length); ++j) {
+    for (int64_t j = start == kNotFound ? 0 : start + 1; j < static_cast<int64_t>(doc.length);
+         ++j) {
         const char16_t unit = doc.text[j];
         if (openQuote != 0) {
             if (unit == openQuote)
@@ -315,4 +316,4 @@ int32_t UnexpectedEOFExceptionCode(const ErrorSite &site)
     return first_that_holds(kRules, site.doc, site.position);
 }
 
-} // namespace cblxml
+}  // namespace cblxml

@@ -6,9 +6,9 @@
 
 #include <cstdint>
 
-#include "cblxml.h"
 #include "XmlParseErr/exception_codes.h"
 #include "XmlParseErr/perr_text.h"
+#include "cblxml.h"
 
 namespace cblxml {
 
@@ -53,6 +53,6 @@ int32_t ExpectedEntityRefNameCode(const ErrorSite &site);
 int32_t ExpectedWhitespaceCode(const ErrorSite &site);
 int32_t UnexpectedEOFExceptionCode(const ErrorSite &site);
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

@@ -19,7 +19,7 @@ int64_t clamp_count(int64_t count, uint32_t docLen)
     return count > static_cast<int64_t>(docLen) ? static_cast<int64_t>(docLen) : count;
 }
 
-} // namespace
+}  // namespace
 
 int64_t clamp_position(int32_t position, uint32_t docLen)
 {
@@ -39,15 +39,16 @@ int64_t end_of_tag_before(DocView doc, int64_t position)
 void finish_exception(xd_parse_info *record, DocView doc, int64_t count, int32_t code,
                       int32_t national, TextConverter &convert)
 {
-    char *text = convert.cobolText(doc.text, static_cast<size_t>(clamp_count(count, doc.length)), national);
+    char *text =
+        convert.cobolText(doc.text, static_cast<size_t>(clamp_count(count, doc.length)), national);
     std::free(record->text);
     record->text = text;
     record->code = code;
     record->next = nullptr;
 }
 
-void EntityNotFound(xd_parse_info *record, const XMLCh *docText, uint32_t docLen,
-                    int32_t position, int32_t national, TextConverter &convert)
+void EntityNotFound(xd_parse_info *record, const XMLCh *docText, uint32_t docLen, int32_t position,
+                    int32_t national, TextConverter &convert)
 {
     const DocView doc{docText, docLen};
     const int64_t at = clamp_position(position, docLen);
@@ -84,8 +85,8 @@ void EntityNotFound(xd_parse_info *record, const XMLCh *docText, uint32_t docLen
     // The entity's name: the units between the "&" and the ";".
     const int64_t ampersand = last_at_or_before(doc, semicolon, u'&');
     const int64_t nameStart = ampersand == kNotFound ? semicolon : ampersand + 1;
-    char *name = convert.cobolText(docText + nameStart,
-                                    static_cast<size_t>(semicolon - nameStart), national);
+    char *name = convert.cobolText(docText + nameStart, static_cast<size_t>(semicolon - nameStart),
+                                   national);
 
     std::free(record->text);
     record->text = name;
@@ -95,4 +96,4 @@ void EntityNotFound(xd_parse_info *record, const XMLCh *docText, uint32_t docLen
     record->next = exception.release();
 }
 
-} // namespace cblxml
+}  // namespace cblxml

@@ -7,9 +7,9 @@
 
 #include <cstdint>
 
-#include "cblxml.h"
 #include "XmlParseErr/perr_codes.h"
 #include "XmlParseErr/xml_perr_op_table.h"
+#include "cblxml.h"
 
 namespace cblxml {
 
@@ -52,10 +52,11 @@ void exception_to_last_tag_end(xd_parse_info *record, const XMLCh *docText, uint
 // An undeclared general entity: a reference event (content or attribute)
 // carrying the entity's name, followed by an "EXCEPTION" record with an empty
 // text; or a plain exception when the reference stands elsewhere.
-void EntityNotFound(xd_parse_info *record, const XMLCh *docText, uint32_t docLen,
-                    int32_t position, int32_t national, TextConverter &convert);
+void EntityNotFound(xd_parse_info *record, const XMLCh *docText, uint32_t docLen, int32_t position,
+                    int32_t national, TextConverter &convert);
 
-inline constexpr xml_perr_op InvalidDocumentStructure = classified_exception<InvalidDocumentStructureCode>;
+inline constexpr xml_perr_op InvalidDocumentStructure =
+    classified_exception<InvalidDocumentStructureCode>;
 inline constexpr xml_perr_op ExpectedCommentOrPI = classified_exception<ExpectedCommentOrPICode>;
 inline constexpr xml_perr_op AttrAlreadyUsedInSTag = exception_to_last_tag_end<3>;
 inline constexpr xml_perr_op BracketInAttrValue = exception_to_last_tag_end<4>;
@@ -65,10 +66,12 @@ inline constexpr xml_perr_op BadSequenceInCharData = classified_exception<fixed_
 inline constexpr xml_perr_op IllegalSequenceInComment = classified_exception<fixed_code<10>>;
 inline constexpr xml_perr_op NoPIStartsWithXML = classified_exception<fixed_code<12>>;
 inline constexpr xml_perr_op UnterminatedCharRef = classified_exception<UnterminatedCharRefCode>;
-inline constexpr xml_perr_op ExpectedNumericalCharRef = classified_exception<ExpectedNumericalCharRefCode>;
+inline constexpr xml_perr_op ExpectedNumericalCharRef =
+    classified_exception<ExpectedNumericalCharRefCode>;
 inline constexpr xml_perr_op BadXMLEncoding = classified_exception<BadXMLEncodingCode>;
 inline constexpr xml_perr_op InvalidCharacterRef = classified_exception<fixed_code<16>>;
-inline constexpr xml_perr_op UnterminatedEntityRef = classified_exception<UnterminatedEntityRefCode>;
+inline constexpr xml_perr_op UnterminatedEntityRef =
+    classified_exception<UnterminatedEntityRefCode>;
 inline constexpr xml_perr_op InvalidCharacterInAttrValue = classified_exception<fixed_code<18>>;
 inline constexpr xml_perr_op ExpectedDeclString = classified_exception<ExpectedDeclStringCode>;
 inline constexpr xml_perr_op EmptyMainEntity = classified_exception<code_if_rest_blank<102>>;
@@ -79,22 +82,26 @@ inline constexpr xml_perr_op UnterminatedStartTag = classified_exception<Untermi
 inline constexpr xml_perr_op EndedWithTagsOnStack = classified_exception<code_if_rest_blank<115>>;
 inline constexpr xml_perr_op UnterminatedPI = classified_exception<UnterminatedPICode>;
 inline constexpr xml_perr_op UnterminatedComment = classified_exception<code_if_rest_blank<118>>;
-inline constexpr xml_perr_op UnterminatedCDATASection = classified_exception<code_if_rest_blank<119>>;
+inline constexpr xml_perr_op UnterminatedCDATASection =
+    classified_exception<code_if_rest_blank<119>>;
 // Deliberately the code of an unterminated CDATA section.
-inline constexpr xml_perr_op ExpectedOpenSquareBracket = classified_exception<code_if_rest_blank<119>>;
+inline constexpr xml_perr_op ExpectedOpenSquareBracket =
+    classified_exception<code_if_rest_blank<119>>;
 inline constexpr xml_perr_op ExpectedElementName = classified_exception<ExpectedElementNameCode>;
 inline constexpr xml_perr_op ExpectedAttrName = classified_exception<ExpectedAttrNameCode>;
 inline constexpr xml_perr_op UnterminatedEndTag = classified_exception<fixed_code<134>>;
 inline constexpr xml_perr_op PINameExpected = classified_exception<fixed_code<138>>;
-inline constexpr xml_perr_op ExpectedEntityRefName = classified_exception<ExpectedEntityRefNameCode>;
+inline constexpr xml_perr_op ExpectedEntityRefName =
+    classified_exception<ExpectedEntityRefNameCode>;
 inline constexpr xml_perr_op XMLVersionRequired = classified_exception<fixed_code<142>>;
 inline constexpr xml_perr_op UnsupportedXMLVersion = classified_exception<fixed_code<145>>;
 inline constexpr xml_perr_op ExpectedWhitespace = classified_exception<ExpectedWhitespaceCode>;
 inline constexpr xml_perr_op BadStandalone = classified_exception<fixed_code<155>>;
 inline constexpr xml_perr_op UnterminatedXMLDecl = classified_exception<fixed_code<158>>;
-inline constexpr xml_perr_op UnexpectedEOFException = classified_exception<UnexpectedEOFExceptionCode>;
+inline constexpr xml_perr_op UnexpectedEOFException =
+    classified_exception<UnexpectedEOFExceptionCode>;
 inline constexpr xml_perr_op TranscodingException = classified_exception<fixed_code<150>>;
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

@@ -6,10 +6,7 @@ namespace cblxml {
 
 namespace {
 
-bool is_blank(char16_t unit)
-{
-    return unit == u' ' || unit == u'\n' || unit == u'\t';
-}
+bool is_blank(char16_t unit) { return unit == u' ' || unit == u'\n' || unit == u'\t'; }
 
 int64_t literal_length(const char16_t *literal)
 {
@@ -52,7 +49,7 @@ bool opened_before(DocView doc, int64_t i, const char16_t *opening, const char16
     return false;
 }
 
-} // namespace
+}  // namespace
 
 bool xml_char_at(DocView doc, int64_t i)
 {
@@ -113,15 +110,9 @@ bool inside_tag(DocView doc, int64_t i)
     return false;
 }
 
-bool inside_comment(DocView doc, int64_t i)
-{
-    return opened_before(doc, i, u"<!--", u"-->");
-}
+bool inside_comment(DocView doc, int64_t i) { return opened_before(doc, i, u"<!--", u"-->"); }
 
-bool inside_pi(DocView doc, int64_t i)
-{
-    return opened_before(doc, i, u"<?", u"?>");
-}
+bool inside_pi(DocView doc, int64_t i) { return opened_before(doc, i, u"<?", u"?>"); }
 
 bool in_content(DocView doc, int64_t i)
 {
@@ -196,4 +187,4 @@ bool reference_unterminated(DocView doc, int64_t i)
     return true;
 }
 
-} // namespace cblxml
+}  // namespace cblxml

@@ -67,6 +67,6 @@ bool no_equals_in_tag(DocView doc, int64_t i);
 // any ";".
 bool reference_unterminated(DocView doc, int64_t i);
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

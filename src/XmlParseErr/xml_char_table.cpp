@@ -26,9 +26,9 @@ constexpr std::array<uint8_t, 65536> buildXmlCharFlags()
     return flags;
 }
 
-} // namespace
+}  // namespace
 
 // The header's extern declaration gives this constant external linkage.
 constexpr std::array<uint8_t, 65536> kXmlCharFlags = buildXmlCharFlags();
 
-} // namespace cblxml
+}  // namespace cblxml

@@ -13,11 +13,8 @@ constexpr uint8_t kXmlCharFlag = 0x40;
 
 extern const std::array<uint8_t, 65536> kXmlCharFlags;
 
-inline bool is_xml_char(char16_t unit)
-{
-    return (kXmlCharFlags[unit] & kXmlCharFlag) != 0;
-}
+inline bool is_xml_char(char16_t unit) { return (kXmlCharFlags[unit] & kXmlCharFlag) != 0; }
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

@@ -80,7 +80,7 @@ int lookup(const IndexEntry (&entries)[N], unsigned code)
     return 0;
 }
 
-} // namespace
+}  // namespace
 
 int xml_perr_index(unsigned code, const XMLCh *domain)
 {
@@ -94,4 +94,4 @@ int xml_perr_index(unsigned code, const XMLCh *domain)
     return 0;
 }
 
-} // namespace cblxml
+}  // namespace cblxml

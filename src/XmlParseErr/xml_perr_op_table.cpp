@@ -49,4 +49,4 @@ const xml_perr_op xml_perr_op_table[kPerrTableSize] = {
     TranscodingException,         // 39
 };
 
-} // namespace cblxml
+}  // namespace cblxml

@@ -42,6 +42,6 @@ extern const xml_perr_op xml_perr_op_table[kPerrTableSize];
 // suppressed warning, 0 when no handler classifies it, else 1 to 39.
 int xml_perr_index(unsigned code, const XMLCh *domain);
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

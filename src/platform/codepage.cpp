@@ -29,7 +29,8 @@ struct Replacement {
 // geometrically; refused input is handed to `replace`, so the conversion
 // always reaches the end of the input.
 template <typename Replace>
-void convert(iconv_t cd, const char *input, size_t length, std::string &out, Replace replace) {
+void convert(iconv_t cd, const char *input, size_t length, std::string &out, Replace replace)
+{
     iconv(cd, nullptr, nullptr, nullptr, nullptr);
     char *in = const_cast<char *>(input);
     size_t in_left = length;
@@ -45,7 +46,7 @@ void convert(iconv_t cd, const char *input, size_t length, std::string &out, Rep
         if (result != static_cast<size_t>(-1)) {
             if (flushing)
                 break;
-            flushing = true; // a stateful code page may owe a shift back
+            flushing = true;  // a stateful code page may owe a shift back
             continue;
         }
         if (errno == E2BIG) {
@@ -54,7 +55,8 @@ void convert(iconv_t cd, const char *input, size_t length, std::string &out, Rep
         }
         if (flushing || in_left == 0)
             break;
-        const Replacement replacement = replace(reinterpret_cast<const unsigned char *>(in), in_left);
+        const Replacement replacement =
+            replace(reinterpret_cast<const unsigned char *>(in), in_left);
         if (out.size() - used < replacement.text.size())
             out.resize(out.size() * 2 + replacement.text.size());
         std::memcpy(out.data() + used, replacement.text.data(), replacement.text.size());
@@ -67,12 +69,14 @@ void convert(iconv_t cd, const char *input, size_t length, std::string &out, Rep
 
 class NativeCodePage final : public CodePage {
 public:
-    NativeCodePage() : CodePage(false, kNativeSubstitute) {
+    NativeCodePage() : CodePage(false, kNativeSubstitute)
+    {
         for (size_t i = 0; i < ascii_bytes_.size(); ++i)
             ascii_bytes_[i] = static_cast<unsigned char>(i);
     }
 
-    void encode(const char *utf8, size_t length, std::string &out) override {
+    void encode(const char *utf8, size_t length, std::string &out) override
+    {
         const auto *bytes = reinterpret_cast<const unsigned char *>(utf8);
         out.reserve(out.size() + length);
         for (size_t position = 0; position < length;) {
@@ -84,7 +88,8 @@ public:
         }
     }
 
-    void decode(const unsigned char *bytes, size_t length, std::string &out) override {
+    void decode(const unsigned char *bytes, size_t length, std::string &out) override
+    {
         out.reserve(out.size() + length);
         for (size_t position = 0; position < length;) {
             const size_t start = position;
@@ -95,7 +100,8 @@ public:
         }
     }
 
-    size_t fit(const std::string &encoded, size_t room) const override {
+    size_t fit(const std::string &encoded, size_t room) const override
+    {
         if (room >= encoded.size())
             return encoded.size();
         size_t end = room;
@@ -108,8 +114,10 @@ public:
 class IconvCodePage final : public CodePage {
 public:
     IconvCodePage(iconv_t to_page, iconv_t from_page)
-        : CodePage(true, kEbcdicSubstitute), to_page_(to_page), from_page_(from_page) {}
-    ~IconvCodePage() override {
+        : CodePage(true, kEbcdicSubstitute), to_page_(to_page), from_page_(from_page)
+    {}
+    ~IconvCodePage() override
+    {
         iconv_close(to_page_);
         iconv_close(from_page_);
     }
@@ -118,7 +126,8 @@ public:
 
     // Fills the ASCII table; false when a printable character has no
     // single-byte form (not a code page that COBOL data can live in).
-    bool learn_ascii() {
+    bool learn_ascii()
+    {
         std::string encoded;
         for (char c = ' '; c <= '~'; ++c) {
             encoded.clear();
@@ -130,7 +139,8 @@ public:
         return true;
     }
 
-    void encode(const char *utf8, size_t length, std::string &out) override {
+    void encode(const char *utf8, size_t length, std::string &out) override
+    {
         convert(to_page_, utf8, length, out, [](const unsigned char *in, size_t left) {
             size_t skip = 0;
             decode_utf8(in, left, skip);
@@ -138,13 +148,17 @@ public:
         });
     }
 
-    void decode(const unsigned char *bytes, size_t length, std::string &out) override {
+    void decode(const unsigned char *bytes, size_t length, std::string &out) override
+    {
         convert(from_page_, reinterpret_cast<const char *>(bytes), length, out,
-                [](const unsigned char *, size_t) { return Replacement{1, kReplacementUtf8}; });
+                [](const unsigned char *, size_t) {
+                    return Replacement{1, kReplacementUtf8};
+                });
     }
 
     // EBCDIC code pages that hold COBOL data are single-byte.
-    size_t fit(const std::string &encoded, size_t room) const override {
+    size_t fit(const std::string &encoded, size_t room) const override
+    {
         return room < encoded.size() ? room : encoded.size();
     }
 
@@ -157,7 +171,8 @@ private:
 // The spellings under which iconv may know a code page: the name as given,
 // then for IBM-nnn, CP-nnn and CCSID-nnn forms the IBMnnn, CPnnn and IBM-nnn
 // spellings, with the number padded to three digits and without padding.
-std::vector<std::string> iconv_spellings(const std::string &name) {
+std::vector<std::string> iconv_spellings(const std::string &name)
+{
     std::vector<std::string> spellings{name};
     std::string upper;
     for (char c : name)
@@ -176,21 +191,22 @@ std::vector<std::string> iconv_spellings(const std::string &name) {
         number.erase(0, number.find_first_not_of('0'));
         if (number.empty())
             break;
-        const std::string padded = number.size() < 3 ? std::string(3 - number.size(), '0') + number
-                                                      : number;
-        for (const std::string &form : {"IBM" + padded, "IBM" + number, "CP" + padded,
-                                        "IBM-" + number, upper})
+        const std::string padded =
+            number.size() < 3 ? std::string(3 - number.size(), '0') + number : number;
+        for (const std::string &form :
+             {"IBM" + padded, "IBM" + number, "CP" + padded, "IBM-" + number, upper})
             spellings.push_back(form);
         break;
     }
     return spellings;
 }
 
-} // namespace
+}  // namespace
 
 std::unique_ptr<CodePage> open_native_code_page() { return std::make_unique<NativeCodePage>(); }
 
-std::unique_ptr<CodePage> open_ebcdic_code_page(const std::string &name) {
+std::unique_ptr<CodePage> open_ebcdic_code_page(const std::string &name)
+{
     for (const std::string &spelling : iconv_spellings(name)) {
         const iconv_t to_page = iconv_open(spelling.c_str(), "UTF-8");
         if (to_page == kNoConversion)
@@ -215,4 +231,4 @@ std::unique_ptr<CodePage> open_ebcdic_code_page(const std::string &name) {
     return nullptr;
 }
 
-} // namespace cblxml::platform
+}  // namespace cblxml::platform

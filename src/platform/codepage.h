@@ -28,7 +28,8 @@ public:
     unsigned char substitute() const { return substitute_; }
     // The code-page byte of a printable ASCII character (digits, signs,
     // space, punctuation); every code page we open has all of them.
-    unsigned char byte_of(char ascii) const {
+    unsigned char byte_of(char ascii) const
+    {
         return ascii_bytes_[static_cast<unsigned char>(ascii) & 0x7F];
     }
     unsigned char space() const { return byte_of(' '); }
@@ -51,6 +52,6 @@ std::unique_ptr<CodePage> open_native_code_page();
 // ASCII character. The result is not safe for concurrent use.
 std::unique_ptr<CodePage> open_ebcdic_code_page(const std::string &name);
 
-} // namespace cblxml::platform
+}  // namespace cblxml::platform
 
 #endif

@@ -14,29 +14,34 @@ namespace {
 
 constexpr const char *kDefaultEbcdicCodePage = "IBM-1140";
 
-bool program_data_is_ebcdic() {
+bool program_data_is_ebcdic()
+{
     const char *setting = get_env("CBLXML_PROGRAM_DATA");
     return setting != nullptr && strcasecmp(setting, "EBCDIC") == 0;
 }
 
-std::string ebcdic_code_page_name() {
+std::string ebcdic_code_page_name()
+{
     const char *name = get_env("CBLXML_EBCDIC_CODEPAGE");
     return name != nullptr && *name != '\0' ? name : kDefaultEbcdicCodePage;
 }
 
 // A decimal point or grouping character must be printable ASCII; anything
 // else falls back to the default rather than making numbers unreadable.
-char text_character(int32_t code, char fallback) {
+char text_character(int32_t code, char fallback)
+{
     return code > ' ' && code < 0x7F ? static_cast<char>(code) : fallback;
 }
 
-bool known_form(int32_t form) {
+bool known_form(int32_t form)
+{
     return form == DM_FORM_UTF8 || form == DM_FORM_FLOAT || form == DM_FORM_DOUBLE;
 }
 
 // Leaves an empty text: a terminator when there is room for one, and a
 // length of 0 either way.
-void deliver_nothing(int32_t form, void *out, uint32_t *out_length) {
+void deliver_nothing(int32_t form, void *out, uint32_t *out_length)
+{
     if (*out_length > 0 && form == DM_FORM_UTF8)
         static_cast<char *>(out)[0] = '\0';
     *out_length = 0;
@@ -44,7 +49,8 @@ void deliver_nothing(int32_t form, void *out, uint32_t *out_length) {
 
 // Hands the converted text to the caller: form 64 adds a NUL that counts in
 // the length. Nothing is written beyond the room the caller declared.
-int32_t deliver(const std::string &text, int32_t form, void *out, uint32_t *out_length) {
+int32_t deliver(const std::string &text, int32_t form, void *out, uint32_t *out_length)
+{
     const size_t room = *out_length;
     const size_t terminator = form == DM_FORM_UTF8 ? 1 : 0;
     const size_t needed = text.size() + terminator;
@@ -59,10 +65,10 @@ int32_t deliver(const std::string &text, int32_t form, void *out, uint32_t *out_
     return 0;
 }
 
-} // namespace
+}  // namespace
 
-uint32_t dm_stored_size(void *handle, const dm_item_desc *desc, const char *utf8,
-                        uint32_t length) {
+uint32_t dm_stored_size(void *handle, const dm_item_desc *desc, const char *utf8, uint32_t length)
+{
     if (handle == nullptr || desc == nullptr || (utf8 == nullptr && length != 0))
         return 0;
     try {
@@ -82,14 +88,15 @@ uint32_t dm_stored_size(void *handle, const dm_item_desc *desc, const char *utf8
     }
 }
 
-} // namespace cblxml::platform
+}  // namespace cblxml::platform
 
 using cblxml::platform::DataMap;
 using cblxml::platform::ItemConverter;
 using cblxml::platform::ItemView;
 
 extern "C" CBLXML_API void *DMInit(int32_t kind, int32_t, int32_t, int32_t decimal_point,
-                                   int32_t grouping) {
+                                   int32_t grouping)
+{
     namespace p = cblxml::platform;
     try {
         auto map = std::make_unique<DataMap>();
@@ -102,7 +109,8 @@ extern "C" CBLXML_API void *DMInit(int32_t kind, int32_t, int32_t, int32_t decim
         map->decimal_point = decimal_point == 0 ? '.' : p::text_character(decimal_point, '.');
         // DECIMAL-POINT IS COMMA swaps the two roles.
         const char default_grouping = map->decimal_point == ',' ? '.' : ',';
-        map->grouping = grouping == 0 ? default_grouping : p::text_character(grouping, default_grouping);
+        map->grouping =
+            grouping == 0 ? default_grouping : p::text_character(grouping, default_grouping);
         return map.release();
     } catch (...) {
         return nullptr;
@@ -111,9 +119,9 @@ extern "C" CBLXML_API void *DMInit(int32_t kind, int32_t, int32_t, int32_t decim
 
 extern "C" CBLXML_API void DMTerm(void *handle) { delete static_cast<DataMap *>(handle); }
 
-extern "C" CBLXML_API int32_t DMGetCblData(void *handle, const dm_item_desc *desc,
-                                           const void *item, int32_t form, void *text,
-                                           uint32_t *text_length) {
+extern "C" CBLXML_API int32_t DMGetCblData(void *handle, const dm_item_desc *desc, const void *item,
+                                           int32_t form, void *text, uint32_t *text_length)
+{
     try {
         return cblxml::platform::get_cbl_data(handle, desc, item, form, text, text_length);
     } catch (...) {
@@ -124,7 +132,8 @@ extern "C" CBLXML_API int32_t DMGetCblData(void *handle, const dm_item_desc *des
 }
 
 int32_t cblxml::platform::get_cbl_data(void *handle, const dm_item_desc *desc, const void *item,
-                                       int32_t form, void *text, uint32_t *text_length) {
+                                       int32_t form, void *text, uint32_t *text_length)
+{
     if (text_length == nullptr)
         return 1;
     if (handle == nullptr || desc == nullptr || text == nullptr ||
@@ -156,8 +165,8 @@ int32_t cblxml::platform::get_cbl_data(void *handle, const dm_item_desc *desc, c
 }
 
 extern "C" CBLXML_API int32_t DMSetCblData(void *handle, const dm_item_desc *desc, void *item,
-                                           int32_t form, const void *text,
-                                           uint32_t text_length) {
+                                           int32_t form, const void *text, uint32_t text_length)
+{
     try {
         return cblxml::platform::set_cbl_data(handle, desc, item, form, text, text_length);
     } catch (...) {
@@ -166,7 +175,8 @@ extern "C" CBLXML_API int32_t DMSetCblData(void *handle, const dm_item_desc *des
 }
 
 int32_t cblxml::platform::set_cbl_data(void *handle, const dm_item_desc *desc, void *item,
-                                       int32_t form, const void *text, uint32_t text_length) {
+                                       int32_t form, const void *text, uint32_t text_length)
+{
     if (handle == nullptr || desc == nullptr || (item == nullptr && desc->length != 0))
         return 1;
     const ItemConverter *converter = cblxml::platform::find_item_converter(*desc);
@@ -179,9 +189,11 @@ int32_t cblxml::platform::set_cbl_data(void *handle, const dm_item_desc *desc, v
     const ItemView view{map, *desc, desc->length};
     try {
         std::lock_guard<std::mutex> guard(map.mutex);
-        const bool usable = cblxml::platform::known_form(form) && (text != nullptr || text_length == 0);
+        const bool usable =
+            cblxml::platform::known_form(form) && (text != nullptr || text_length == 0);
         if (usable) {
-            const std::string_view source(static_cast<const char *>(text), text != nullptr ? text_length : 0);
+            const std::string_view source(static_cast<const char *>(text),
+                                          text != nullptr ? text_length : 0);
             if (converter->from_text(view, bytes, source))
                 return 0;
         }

@@ -18,10 +18,10 @@ namespace cblxml::platform {
 // What DMInit returns. The code page's iconv state is not thread-safe, so the
 // entries hold `mutex` while they use the handle.
 struct DataMap {
-    bool national_document = false; // DMInit kind 0
+    bool national_document = false;  // DMInit kind 0
     char decimal_point = '.';
     char grouping = ',';
-    std::unique_ptr<CodePage> code_page; // of the program's alphanumeric data
+    std::unique_ptr<CodePage> code_page;  // of the program's alphanumeric data
     std::mutex mutex;
 };
 
@@ -65,6 +65,6 @@ extern const ItemConverter kUnsignedPackedConverter;
 extern const ItemConverter kFloatConverter;
 extern const ItemConverter kDoubleConverter;
 
-} // namespace cblxml::platform
+}  // namespace cblxml::platform
 
 #endif

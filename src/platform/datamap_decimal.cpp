@@ -9,13 +9,15 @@ namespace {
 bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
-size_t skip_blanks(std::string_view text, size_t at) {
+size_t skip_blanks(std::string_view text, size_t at)
+{
     while (at < text.size() && is_blank(text[at]))
         ++at;
     return at;
 }
 
-bool equals_ignoring_case(std::string_view text, size_t at, std::string_view word) {
+bool equals_ignoring_case(std::string_view text, size_t at, std::string_view word)
+{
     if (text.size() - at < word.size())
         return false;
     for (size_t i = 0; i < word.size(); ++i) {
@@ -29,7 +31,8 @@ bool equals_ignoring_case(std::string_view text, size_t at, std::string_view wor
 
 // A trailing sign: + or -, or CR or DB (which mean negative). Returns the
 // characters it takes, 0 when there is none.
-size_t trailing_sign(std::string_view text, size_t at, bool &negative) {
+size_t trailing_sign(std::string_view text, size_t at, bool &negative)
+{
     if (at >= text.size())
         return 0;
     if (text[at] == '+' || text[at] == '-') {
@@ -43,9 +46,10 @@ size_t trailing_sign(std::string_view text, size_t at, bool &negative) {
     return 0;
 }
 
-} // namespace
+}  // namespace
 
-NumberShape shape_of(const dm_item_desc &desc, size_t capacity) {
+NumberShape shape_of(const dm_item_desc &desc, size_t capacity)
+{
     const size_t places = desc.digits == 0 || desc.digits > capacity ? capacity : desc.digits;
     NumberShape shape;
     shape.fraction_places = std::min<size_t>(desc.scale, places);
@@ -53,13 +57,15 @@ NumberShape shape_of(const dm_item_desc &desc, size_t capacity) {
     return shape;
 }
 
-bool is_zero(const Decimal &value) {
+bool is_zero(const Decimal &value)
+{
     return std::all_of(value.digits.begin(), value.digits.end(), [](char c) { return c == '0'; });
 }
 
 Decimal zero_decimal(size_t places) { return Decimal{false, std::string(places, '0')}; }
 
-std::string digits_of(unsigned long long value) {
+std::string digits_of(unsigned long long value)
+{
     std::string digits;
     do {
         digits += static_cast<char>('0' + value % 10);
@@ -70,7 +76,8 @@ std::string digits_of(unsigned long long value) {
 }
 
 bool parse_decimal(std::string_view text, char decimal_point, char grouping, NumberShape shape,
-                   Decimal &out) {
+                   Decimal &out)
+{
     out = zero_decimal(shape.places());
     size_t at = skip_blanks(text, 0);
     bool negative = false;
@@ -108,8 +115,8 @@ bool parse_decimal(std::string_view text, char decimal_point, char grouping, Num
     // leftmost decimals, as MOVE truncates.
     std::string &digits = out.digits;
     const size_t integer_kept = std::min(integer_digits.size(), shape.integer_places);
-    digits.replace(shape.integer_places - integer_kept, integer_kept,
-                   integer_digits, integer_digits.size() - integer_kept, integer_kept);
+    digits.replace(shape.integer_places - integer_kept, integer_kept, integer_digits,
+                   integer_digits.size() - integer_kept, integer_kept);
     const size_t fraction_kept = std::min(fraction_digits.size(), shape.fraction_places);
     digits.replace(shape.integer_places, fraction_kept, fraction_digits, 0, fraction_kept);
     out.negative = negative && !is_zero(out);
@@ -117,7 +124,8 @@ bool parse_decimal(std::string_view text, char decimal_point, char grouping, Num
 }
 
 void format_decimal(const Decimal &value, size_t fraction_places, char decimal_point,
-                    std::string &out) {
+                    std::string &out)
+{
     std::string digits = value.digits;
     if (digits.size() <= fraction_places)
         digits.insert(0, fraction_places + 1 - digits.size(), '0');
@@ -134,4 +142,4 @@ void format_decimal(const Decimal &value, size_t fraction_places, char decimal_p
     }
 }
 
-} // namespace cblxml::platform
+}  // namespace cblxml::platform

@@ -54,6 +54,6 @@ Decimal zero_decimal(size_t places);
 // The decimal digits of an unsigned 64-bit value.
 std::string digits_of(unsigned long long value);
 
-} // namespace cblxml::platform
+}  // namespace cblxml::platform
 
 #endif

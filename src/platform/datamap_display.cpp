@@ -15,7 +15,13 @@
 namespace cblxml::platform {
 namespace {
 
-enum class SignPlace { kNone, kTrailingEmbedded, kLeadingEmbedded, kTrailingSeparate, kLeadingSeparate };
+enum class SignPlace {
+    kNone,
+    kTrailingEmbedded,
+    kLeadingEmbedded,
+    kTrailingSeparate,
+    kLeadingSeparate
+};
 
 // Indexed by the sign position code of the description.
 constexpr SignPlace kSignPlaces[] = {SignPlace::kTrailingEmbedded, SignPlace::kTrailingEmbedded,
@@ -32,10 +38,11 @@ struct Layout {
     size_t first_digit = 0;
     size_t digit_count = 0;
     SignPlace sign = SignPlace::kNone;
-    size_t sign_at = 0; // byte holding the sign, for every place but kNone
+    size_t sign_at = 0;  // byte holding the sign, for every place but kNone
 };
 
-std::optional<Layout> layout_of(const ItemView &view) {
+std::optional<Layout> layout_of(const ItemView &view)
+{
     Layout layout;
     layout.digit_count = view.length;
     if (view.desc.sign_flag == 0)
@@ -57,11 +64,13 @@ std::optional<Layout> layout_of(const ItemView &view) {
     return layout;
 }
 
-bool is_embedded(SignPlace sign) {
+bool is_embedded(SignPlace sign)
+{
     return sign == SignPlace::kTrailingEmbedded || sign == SignPlace::kLeadingEmbedded;
 }
 
-bool display_to_text(const ItemView &view, const unsigned char *item, std::string &text) {
+bool display_to_text(const ItemView &view, const unsigned char *item, std::string &text)
+{
     const std::optional<Layout> layout = layout_of(view);
     if (!layout)
         return false;
@@ -92,7 +101,8 @@ bool display_to_text(const ItemView &view, const unsigned char *item, std::strin
 }
 
 void store_value(const ItemView &view, const Layout &layout, const Decimal &value,
-                 unsigned char *item) {
+                 unsigned char *item)
+{
     const CodePage &page = *view.map.code_page;
     const size_t lead_zeros = layout.digit_count - value.digits.size();
     for (size_t i = 0; i < layout.digit_count; ++i) {
@@ -113,7 +123,8 @@ void store_value(const ItemView &view, const Layout &layout, const Decimal &valu
         sign_byte = kNativeNegativeZone | digit;
 }
 
-bool display_from_text(const ItemView &view, unsigned char *item, std::string_view text) {
+bool display_from_text(const ItemView &view, unsigned char *item, std::string_view text)
+{
     const std::optional<Layout> layout = layout_of(view);
     if (!layout)
         return false;
@@ -122,12 +133,13 @@ bool display_from_text(const ItemView &view, unsigned char *item, std::string_vi
                        shape_of(view.desc, layout->digit_count), value))
         return false;
     if (layout->sign == SignPlace::kNone)
-        value.negative = false; // an unsigned item takes the absolute value
+        value.negative = false;  // an unsigned item takes the absolute value
     store_value(view, *layout, value, item);
     return true;
 }
 
-void display_clear(const ItemView &view, unsigned char *item) {
+void display_clear(const ItemView &view, unsigned char *item)
+{
     const std::optional<Layout> layout = layout_of(view);
     if (layout)
         store_value(view, *layout, Decimal{}, item);
@@ -135,9 +147,9 @@ void display_clear(const ItemView &view, unsigned char *item) {
         std::fill(item, item + view.length, view.map.code_page->byte_of('0'));
 }
 
-} // namespace
+}  // namespace
 
 const ItemConverter kNumericDisplayConverter{display_to_text, display_from_text, display_clear,
                                              nullptr};
 
-} // namespace cblxml::platform
+}  // namespace cblxml::platform

@@ -23,7 +23,8 @@ bool is_national(const dm_item_desc &desc) { return desc.usage_code == DM_USAGE_
 
 // Expands repetition counts and upper-cases: "z(3)9.99cr" gives "ZZZ9.99c".
 // False when the text is malformed or the result would not fit `limit`.
-bool expand_picture(const char *format, size_t limit, std::string &symbols) {
+bool expand_picture(const char *format, size_t limit, std::string &symbols)
+{
     if (format == nullptr)
         return false;
     const size_t length = strnlen(format, kMaxFormatLength + 1);
@@ -66,18 +67,24 @@ bool expand_picture(const char *format, size_t limit, std::string &symbols) {
 }
 
 // Stores edited UTF-8 text into the item as a plain MOVE would.
-void store_text(const ItemView &view, unsigned char *item, std::string_view text) {
-    const ItemConverter &plain = is_national(view.desc) ? kNationalConverter : kAlphanumericConverter;
+void store_text(const ItemView &view, unsigned char *item, std::string_view text)
+{
+    const ItemConverter &plain =
+        is_national(view.desc) ? kNationalConverter : kAlphanumericConverter;
     plain.from_text(view, item, text);
 }
 
-bool stored_text(const ItemView &view, const unsigned char *item, std::string &text) {
-    const ItemConverter &plain = is_national(view.desc) ? kNationalConverter : kAlphanumericConverter;
+bool stored_text(const ItemView &view, const unsigned char *item, std::string &text)
+{
+    const ItemConverter &plain =
+        is_national(view.desc) ? kNationalConverter : kAlphanumericConverter;
     return plain.to_text(view, item, text);
 }
 
-void clear_text(const ItemView &view, unsigned char *item) {
-    const ItemConverter &plain = is_national(view.desc) ? kNationalConverter : kAlphanumericConverter;
+void clear_text(const ItemView &view, unsigned char *item)
+{
+    const ItemConverter &plain =
+        is_national(view.desc) ? kNationalConverter : kAlphanumericConverter;
     plain.clear(view, item);
 }
 
@@ -85,21 +92,23 @@ void clear_text(const ItemView &view, unsigned char *item) {
 
 struct NumericPicture {
     std::string symbols;
-    char point = '.';       // the decimal point symbol of the program
-    char comma = ',';       // the other of the two: an insertion character
-    char floating = '\0';   // '$', '+' or '-' when one of them floats
-    char suppression = ' '; // '*' when the picture suppresses with asterisks
+    char point = '.';        // the decimal point symbol of the program
+    char comma = ',';        // the other of the two: an insertion character
+    char floating = '\0';    // '$', '+' or '-' when one of them floats
+    char suppression = ' ';  // '*' when the picture suppresses with asterisks
     NumberShape shape;
     bool has_nine = false;
 };
 
-bool is_insertion(const NumericPicture &picture, char symbol) {
+bool is_insertion(const NumericPicture &picture, char symbol)
+{
     return symbol == 'B' || symbol == '0' || symbol == '/' || symbol == picture.comma;
 }
 
 // Classifies the symbols and counts the digit positions on each side of
 // the decimal point. False for symbols that a numeric-edited item cannot have.
-bool analyse(const ItemView &view, NumericPicture &picture) {
+bool analyse(const ItemView &view, NumericPicture &picture)
+{
     const char point = view.map.decimal_point == ',' ? ',' : '.';
     picture.point = point;
     picture.comma = point == ',' ? '.' : ',';
@@ -134,7 +143,7 @@ bool analyse(const ItemView &view, NumericPicture &picture) {
             break;
         default:
             if (symbol == picture.floating) {
-                digit = floating_seen; // the first one holds only the symbol
+                digit = floating_seen;  // the first one holds only the symbol
                 floating_seen = true;
             } else if (symbol == point) {
                 after_point = true;
@@ -149,7 +158,8 @@ bool analyse(const ItemView &view, NumericPicture &picture) {
     return true;
 }
 
-char sign_symbol(char symbol, bool negative) {
+char sign_symbol(char symbol, bool negative)
+{
     if (symbol == '$')
         return '$';
     if (symbol == '+')
@@ -158,13 +168,14 @@ char sign_symbol(char symbol, bool negative) {
 }
 
 // Edits a value by the picture into ASCII text, one character per position.
-std::string edit(const NumericPicture &picture, const Decimal &value) {
+std::string edit(const NumericPicture &picture, const Decimal &value)
+{
     const bool zero = is_zero(value);
     std::string out;
     size_t next_digit = 0;
     bool started = false;
     bool floating_seen = false;
-    size_t symbol_slot = std::string::npos; // where a floating symbol would go
+    size_t symbol_slot = std::string::npos;  // where a floating symbol would go
     auto begin_significance = [&] {
         if (!started && picture.floating != '\0' && symbol_slot != std::string::npos)
             out[symbol_slot] = sign_symbol(picture.floating, value.negative);
@@ -188,8 +199,7 @@ std::string edit(const NumericPicture &picture, const Decimal &value) {
             symbol_slot = out.size();
             out += ' ';
         } else if (symbol == picture.point) {
-            const bool digits_follow =
-                picture.symbols.find('9', i) != std::string::npos || !zero;
+            const bool digits_follow = picture.symbols.find('9', i) != std::string::npos || !zero;
             if (!started && digits_follow)
                 begin_significance();
             out += started || picture.suppression == '*' ? picture.point : ' ';
@@ -216,7 +226,8 @@ std::string edit(const NumericPicture &picture, const Decimal &value) {
     return out;
 }
 
-bool numeric_edited_from_text(const ItemView &view, unsigned char *item, std::string_view text) {
+bool numeric_edited_from_text(const ItemView &view, unsigned char *item, std::string_view text)
+{
     NumericPicture picture;
     if (!analyse(view, picture))
         return false;
@@ -229,8 +240,8 @@ bool numeric_edited_from_text(const ItemView &view, unsigned char *item, std::st
 
 // --- alphanumeric-edited ----------------------------------------------------
 
-bool alphanumeric_edited_from_text(const ItemView &view, unsigned char *item,
-                                   std::string_view text) {
+bool alphanumeric_edited_from_text(const ItemView &view, unsigned char *item, std::string_view text)
+{
     if (view.desc.format == nullptr || view.desc.format[0] == '\0') {
         store_text(view, item, text);
         return true;
@@ -269,11 +280,11 @@ bool alphanumeric_edited_from_text(const ItemView &view, unsigned char *item,
     return true;
 }
 
-} // namespace
+}  // namespace
 
 const ItemConverter kNumericEditedConverter{stored_text, numeric_edited_from_text, clear_text,
                                             nullptr};
 const ItemConverter kAlphanumericEditedConverter{stored_text, alphanumeric_edited_from_text,
                                                  clear_text, nullptr};
 
-} // namespace cblxml::platform
+}  // namespace cblxml::platform

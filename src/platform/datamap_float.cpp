@@ -16,7 +16,8 @@ namespace {
 bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 
 template <typename Real>
-void write_real(Real value, char decimal_point, std::string &text) {
+void write_real(Real value, char decimal_point, std::string &text)
+{
     if (std::isnan(value)) {
         text += "NaN";
         return;
@@ -35,7 +36,8 @@ void write_real(Real value, char decimal_point, std::string &text) {
 // grouping characters, the handle's decimal point, an exponent. Read
 // without the C locale's help so that the process locale cannot change it.
 template <typename Real>
-bool read_real(std::string_view text, char decimal_point, char grouping, Real &value) {
+bool read_real(std::string_view text, char decimal_point, char grouping, Real &value)
+{
     std::string plain;
     plain.reserve(text.size());
     for (char c : text) {
@@ -64,7 +66,8 @@ bool read_real(std::string_view text, char decimal_point, char grouping, Real &v
 }
 
 template <typename Real>
-bool real_to_text(const ItemView &view, const unsigned char *item, std::string &text) {
+bool real_to_text(const ItemView &view, const unsigned char *item, std::string &text)
+{
     if (view.length != sizeof(Real))
         return false;
     Real value;
@@ -74,7 +77,8 @@ bool real_to_text(const ItemView &view, const unsigned char *item, std::string &
 }
 
 template <typename Real>
-bool real_from_text(const ItemView &view, unsigned char *item, std::string_view text) {
+bool real_from_text(const ItemView &view, unsigned char *item, std::string_view text)
+{
     Real value = 0;
     if (view.length != sizeof(Real) ||
         !read_real(text, view.map.decimal_point, view.map.grouping, value))
@@ -84,15 +88,16 @@ bool real_from_text(const ItemView &view, unsigned char *item, std::string_view 
 }
 
 // Zero bytes are +0.0 in IEEE formats, whatever the length.
-void real_clear(const ItemView &view, unsigned char *item) {
+void real_clear(const ItemView &view, unsigned char *item)
+{
     std::fill(item, item + view.length, 0);
 }
 
-} // namespace
+}  // namespace
 
 const ItemConverter kFloatConverter{real_to_text<float>, real_from_text<float>, real_clear,
                                     nullptr};
 const ItemConverter kDoubleConverter{real_to_text<double>, real_from_text<double>, real_clear,
                                      nullptr};
 
-} // namespace cblxml::platform
+}  // namespace cblxml::platform

@@ -16,12 +16,14 @@ constexpr unsigned char kUnsignedNibble = 0xF;
 // A and E read as plus and B as minus, as on the machines packed data comes from.
 constexpr int kSignOfNibble[16] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, -1, 1, -1, 1, 1};
 
-unsigned nibble(const unsigned char *item, size_t index) {
+unsigned nibble(const unsigned char *item, size_t index)
+{
     const unsigned char byte = item[index / 2];
     return index % 2 == 0 ? byte >> 4 : byte & 0x0F;
 }
 
-void set_nibble(unsigned char *item, size_t index, unsigned value) {
+void set_nibble(unsigned char *item, size_t index, unsigned value)
+{
     unsigned char &byte = item[index / 2];
     byte = index % 2 == 0 ? static_cast<unsigned char>((byte & 0x0F) | (value << 4))
                           : static_cast<unsigned char>((byte & 0xF0) | value);
@@ -30,7 +32,8 @@ void set_nibble(unsigned char *item, size_t index, unsigned value) {
 size_t digit_nibbles(size_t length, bool has_sign) { return 2 * length - (has_sign ? 1 : 0); }
 
 bool packed_to_text(const ItemView &view, const unsigned char *item, std::string &text,
-                    bool has_sign) {
+                    bool has_sign)
+{
     if (view.length == 0)
         return false;
     const size_t count = digit_nibbles(view.length, has_sign);
@@ -48,16 +51,17 @@ bool packed_to_text(const ItemView &view, const unsigned char *item, std::string
             return false;
         value.negative = sign < 0;
     }
-    format_decimal(value, shape_of(view.desc, count).fraction_places, view.map.decimal_point,
-                   text);
+    format_decimal(value, shape_of(view.desc, count).fraction_places, view.map.decimal_point, text);
     return true;
 }
 
-void store_value(const ItemView &view, const Decimal &value, unsigned char *item, bool has_sign) {
+void store_value(const ItemView &view, const Decimal &value, unsigned char *item, bool has_sign)
+{
     const size_t count = digit_nibbles(view.length, has_sign);
     const size_t lead_zeros = count - value.digits.size();
     for (size_t i = 0; i < count; ++i)
-        set_nibble(item, i, i < lead_zeros ? 0 : static_cast<unsigned>(value.digits[i - lead_zeros] - '0'));
+        set_nibble(item, i,
+                   i < lead_zeros ? 0 : static_cast<unsigned>(value.digits[i - lead_zeros] - '0'));
     if (!has_sign)
         return;
     const unsigned char sign = view.desc.sign_flag == 0 ? kUnsignedNibble
@@ -67,7 +71,8 @@ void store_value(const ItemView &view, const Decimal &value, unsigned char *item
 }
 
 bool packed_from_text(const ItemView &view, unsigned char *item, std::string_view text,
-                      bool has_sign) {
+                      bool has_sign)
+{
     if (view.length == 0)
         return false;
     Decimal value;
@@ -79,25 +84,28 @@ bool packed_from_text(const ItemView &view, unsigned char *item, std::string_vie
 }
 
 template <bool has_sign>
-bool to_text(const ItemView &view, const unsigned char *item, std::string &text) {
+bool to_text(const ItemView &view, const unsigned char *item, std::string &text)
+{
     return packed_to_text(view, item, text, has_sign);
 }
 
 template <bool has_sign>
-bool from_text(const ItemView &view, unsigned char *item, std::string_view text) {
+bool from_text(const ItemView &view, unsigned char *item, std::string_view text)
+{
     return packed_from_text(view, item, text, has_sign);
 }
 
 template <bool has_sign>
-void clear(const ItemView &view, unsigned char *item) {
+void clear(const ItemView &view, unsigned char *item)
+{
     if (view.length > 0)
         store_value(view, Decimal{}, item, has_sign);
 }
 
-} // namespace
+}  // namespace
 
 const ItemConverter kPackedConverter{to_text<true>, from_text<true>, clear<true>, nullptr};
 const ItemConverter kUnsignedPackedConverter{to_text<false>, from_text<false>, clear<false>,
                                              nullptr};
 
-} // namespace cblxml::platform
+}  // namespace cblxml::platform

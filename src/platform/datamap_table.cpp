@@ -33,9 +33,10 @@ const ConverterRow kConverterRows[] = {
     {DM_CLASS_NUMERIC_EDITED, DM_USAGE_NATIONAL, &kNumericEditedConverter},
 };
 
-} // namespace
+}  // namespace
 
-const ItemConverter *find_item_converter(const dm_item_desc &desc) {
+const ItemConverter *find_item_converter(const dm_item_desc &desc)
+{
     for (const ConverterRow &row : kConverterRows)
         if (row.class_code == desc.class_code &&
             (row.usage_code == kAnyUsage || row.usage_code == desc.usage_code))
@@ -43,4 +44,4 @@ const ItemConverter *find_item_converter(const dm_item_desc &desc) {
     return nullptr;
 }
 
-} // namespace cblxml::platform
+}  // namespace cblxml::platform

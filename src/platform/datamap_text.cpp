@@ -17,17 +17,20 @@ bool is_high_surrogate(char16_t unit) { return unit >= 0xD800 && unit <= 0xDBFF;
 
 // --- alphanumeric, alphabetic ---------------------------------------------
 
-bool alphanumeric_to_text(const ItemView &view, const unsigned char *item, std::string &text) {
+bool alphanumeric_to_text(const ItemView &view, const unsigned char *item, std::string &text)
+{
     // Every byte, trailing spaces too: a whole document travels this way.
     view.map.code_page->decode(item, view.length, text);
     return true;
 }
 
-void alphanumeric_clear(const ItemView &view, unsigned char *item) {
+void alphanumeric_clear(const ItemView &view, unsigned char *item)
+{
     std::memset(item, view.map.code_page->space(), view.length);
 }
 
-bool alphanumeric_from_text(const ItemView &view, unsigned char *item, std::string_view text) {
+bool alphanumeric_from_text(const ItemView &view, unsigned char *item, std::string_view text)
+{
     std::string encoded;
     view.map.code_page->encode(text.data(), text.size(), encoded);
     // Cut on a character boundary, so that a multibyte character is never
@@ -38,7 +41,8 @@ bool alphanumeric_from_text(const ItemView &view, unsigned char *item, std::stri
     return true;
 }
 
-size_t alphanumeric_stored_size(const ItemView &view, std::string_view text) {
+size_t alphanumeric_stored_size(const ItemView &view, std::string_view text)
+{
     std::string encoded;
     view.map.code_page->encode(text.data(), text.size(), encoded);
     return encoded.size();
@@ -46,7 +50,8 @@ size_t alphanumeric_stored_size(const ItemView &view, std::string_view text) {
 
 // --- national, DBCS -------------------------------------------------------
 
-bool national_to_text(const ItemView &view, const unsigned char *item, std::string &text) {
+bool national_to_text(const ItemView &view, const unsigned char *item, std::string &text)
+{
     // The item need not be aligned for char16_t: copy it out first. An odd
     // last byte is not a unit and is left out.
     std::u16string units(view.length / 2, kNationalSpace);
@@ -55,18 +60,21 @@ bool national_to_text(const ItemView &view, const unsigned char *item, std::stri
     return true;
 }
 
-void fill_national_spaces(unsigned char *at, size_t bytes) {
+void fill_national_spaces(unsigned char *at, size_t bytes)
+{
     for (size_t i = 0; i + 1 < bytes; i += 2)
         std::memcpy(at + i, &kNationalSpace, 2);
     if (bytes % 2 != 0)
         at[bytes - 1] = ' ';
 }
 
-void national_clear(const ItemView &view, unsigned char *item) {
+void national_clear(const ItemView &view, unsigned char *item)
+{
     fill_national_spaces(item, view.length);
 }
 
-bool national_from_text(const ItemView &view, unsigned char *item, std::string_view text) {
+bool national_from_text(const ItemView &view, unsigned char *item, std::string_view text)
+{
     const std::u16string units = utf8_to_utf16(text.data(), text.size());
     size_t kept = std::min(units.size(), view.length / 2);
     // Never keep half of a surrogate pair.
@@ -77,15 +85,16 @@ bool national_from_text(const ItemView &view, unsigned char *item, std::string_v
     return true;
 }
 
-size_t national_stored_size(const ItemView &, std::string_view text) {
+size_t national_stored_size(const ItemView &, std::string_view text)
+{
     return 2 * utf16_units_of_utf8(text.data(), text.size());
 }
 
-} // namespace
+}  // namespace
 
 const ItemConverter kAlphanumericConverter{alphanumeric_to_text, alphanumeric_from_text,
                                            alphanumeric_clear, alphanumeric_stored_size};
 const ItemConverter kNationalConverter{national_to_text, national_from_text, national_clear,
                                        national_stored_size};
 
-} // namespace cblxml::platform
+}  // namespace cblxml::platform

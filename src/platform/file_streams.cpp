@@ -29,10 +29,7 @@ struct FileStream {
     bool owns_fd;  // false for standard input and output, which stay open
 };
 
-FileStream *file_of(cblxml_stream *stream)
-{
-    return reinterpret_cast<FileStream *>(stream);
-}
+FileStream *file_of(cblxml_stream *stream) { return reinterpret_cast<FileStream *>(stream); }
 
 // The stream error code for errno: 31 when the file system has no room,
 // 18 for every other failure.
@@ -82,10 +79,7 @@ int32_t stream_truncate(cblxml_stream *stream, int64_t size)
     return ::ftruncate(file_of(stream)->fd, size) != 0 ? fail(stream) : 0;
 }
 
-int32_t stream_flush(cblxml_stream *)
-{
-    return 0;
-}
+int32_t stream_flush(cblxml_stream *) { return 0; }
 
 int64_t stream_read(cblxml_stream *stream, void *buffer, uint32_t length)
 {
@@ -126,10 +120,7 @@ void *default_resolve(const char *name, uint32_t length, char *result, int32_t)
     return handle;
 }
 
-void default_release(void *handle)
-{
-    delete static_cast<NameHandle *>(handle);
-}
+void default_release(void *handle) { delete static_cast<NameHandle *>(handle); }
 
 cblxml_stream *default_open(int32_t, void *handle, int32_t mode, char *)
 {
@@ -222,10 +213,7 @@ void install_file_services(const cblxml_services &table)
     current_file_services.store(&installed_file_services().back());
 }
 
-void restore_file_services()
-{
-    current_file_services.store(&kDefaultFileServices);
-}
+void restore_file_services() { current_file_services.store(&kDefaultFileServices); }
 
 void *resolve_name(const char *name, uint32_t length, char *result, int32_t flag)
 {

@@ -53,8 +53,7 @@ int32_t set_cbl_data(void *handle, const dm_item_desc *desc, void *item, int32_t
 // alphanumeric classes, 2 per UTF-16 unit for national. Lets callers size an
 // item to the exact text so that nothing is padded or cut. Running out of
 // memory throws std::bad_alloc.
-uint32_t dm_stored_size(void *handle, const dm_item_desc *desc, const char *utf8,
-                        uint32_t length);
+uint32_t dm_stored_size(void *handle, const dm_item_desc *desc, const char *utf8, uint32_t length);
 
 // Room for the UTF-8 form of a document item of `length` bytes and its
 // terminator: 3 bytes per byte of a single-byte code page (and per 2 bytes of
@@ -65,6 +64,6 @@ inline uint32_t utf8_room(uint32_t length)
     return room > 0xFFFFFFFFu ? 0xFFFFFFFFu : static_cast<uint32_t>(room);
 }
 
-} // namespace cblxml::platform
+}  // namespace cblxml::platform
 
 #endif

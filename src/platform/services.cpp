@@ -24,7 +24,8 @@ using ResumeFunction = void (*)(void *);
 using EnvFunction = const char *(*)(const char *);
 
 // Recursive so that a region guarded by the run-time lock may call another one.
-std::recursive_mutex &default_mutex() {
+std::recursive_mutex &default_mutex()
+{
     static std::recursive_mutex mutex;
     return mutex;
 }
@@ -44,11 +45,13 @@ const LockPair default_lock_pair{default_lock, default_unlock};
 
 // Pairs installed by hosts stay alive until the process ends: a thread may
 // still hold a lock taken through an older pair.
-std::mutex &registration_mutex() {
+std::mutex &registration_mutex()
+{
     static std::mutex mutex;
     return mutex;
 }
-std::deque<LockPair> &installed_lock_pairs() {
+std::deque<LockPair> &installed_lock_pairs()
+{
     static std::deque<LockPair> pairs;
     return pairs;
 }
@@ -63,7 +66,8 @@ thread_local std::vector<const LockPair *> held_locks;
 
 // True when the caller's table, `size` bytes long, contains `member`.
 template <typename Member>
-bool table_holds(uint32_t size, Member cblxml_services::*member) {
+bool table_holds(uint32_t size, Member cblxml_services::*member)
+{
     static const cblxml_services probe{};
     const auto *base = reinterpret_cast<const char *>(&probe);
     const auto *field = reinterpret_cast<const char *>(&(probe.*member));
@@ -71,11 +75,13 @@ bool table_holds(uint32_t size, Member cblxml_services::*member) {
 }
 
 template <typename Member>
-Member member_or_null(const cblxml_services &table, Member cblxml_services::*member) {
+Member member_or_null(const cblxml_services &table, Member cblxml_services::*member)
+{
     return table_holds(table.size, member) ? table.*member : nullptr;
 }
 
-void restore_defaults() {
+void restore_defaults()
+{
     current_lock_pair.store(&default_lock_pair);
     current_exception_begin.store(default_exception_begin);
     current_exception_resume.store(default_exception_resume);
@@ -83,7 +89,8 @@ void restore_defaults() {
     restore_file_services();
 }
 
-int install(const cblxml_services &table) {
+int install(const cblxml_services &table)
+{
     if (!table_holds(table.size, &cblxml_services::thread_lock))
         return 1;
     const LockFunction lock = member_or_null(table, &cblxml_services::thread_lock);
@@ -110,9 +117,10 @@ int install(const cblxml_services &table) {
     return 0;
 }
 
-} // namespace
+}  // namespace
 
-void thread_lock() {
+void thread_lock()
+{
     const LockPair *pair = current_lock_pair.load();
     pair->lock();
     try {
@@ -124,7 +132,8 @@ void thread_lock() {
     }
 }
 
-void thread_unlock() {
+void thread_unlock()
+{
     // An unlock without a matching lock on this thread is ignored: releasing
     // a mutex that the thread does not own is undefined.
     if (held_locks.empty())
@@ -134,21 +143,24 @@ void thread_unlock() {
     pair->unlock();
 }
 
-void *exception_begin(void *service, intptr_t a, intptr_t b) {
+void *exception_begin(void *service, intptr_t a, intptr_t b)
+{
     return current_exception_begin.load()(service, a, b);
 }
 
 void exception_resume(void *handle) { current_exception_resume.load()(handle); }
 
-const char *get_env(const char *name) {
+const char *get_env(const char *name)
+{
     if (name == nullptr)
         return nullptr;
     return current_get_env.load()(name);
 }
 
-} // namespace cblxml::platform
+}  // namespace cblxml::platform
 
-extern "C" CBLXML_API int cblxml_register_services(const cblxml_services *services) {
+extern "C" CBLXML_API int cblxml_register_services(const cblxml_services *services)
+{
     try {
         if (services == nullptr) {
             std::lock_guard<std::mutex> guard(cblxml::platform::registration_mutex());

@@ -10,12 +10,12 @@ namespace {
 bool is_continuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
 
 struct LeadForm {
-    unsigned char first;     // first lead byte of the range
-    unsigned char last;      // last lead byte of the range
-    unsigned char trailing;  // continuation bytes that follow
-    unsigned char bits_mask; // payload bits of the lead byte
-    unsigned char second_lo; // allowed range of the second byte: excludes
-    unsigned char second_hi; // overlong forms, surrogates and > U+10FFFF
+    unsigned char first;      // first lead byte of the range
+    unsigned char last;       // last lead byte of the range
+    unsigned char trailing;   // continuation bytes that follow
+    unsigned char bits_mask;  // payload bits of the lead byte
+    unsigned char second_lo;  // allowed range of the second byte: excludes
+    unsigned char second_hi;  // overlong forms, surrogates and > U+10FFFF
 };
 
 constexpr LeadForm kLeadForms[] = {
@@ -25,7 +25,8 @@ constexpr LeadForm kLeadForms[] = {
     {0xF1, 0xF3, 3, 0x07, 0x80, 0xBF}, {0xF4, 0xF4, 3, 0x07, 0x80, 0x8F},
 };
 
-const LeadForm *lead_form(unsigned char lead) {
+const LeadForm *lead_form(unsigned char lead)
+{
     for (const LeadForm &form : kLeadForms)
         if (lead >= form.first && lead <= form.last)
             return &form;
@@ -35,9 +36,10 @@ const LeadForm *lead_form(unsigned char lead) {
 bool is_high_surrogate(char16_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
 bool is_low_surrogate(char16_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
 
-} // namespace
+}  // namespace
 
-char32_t decode_utf8(const unsigned char *text, size_t length, size_t &position) {
+char32_t decode_utf8(const unsigned char *text, size_t length, size_t &position)
+{
     const unsigned char lead = text[position++];
     if (lead < 0x80)
         return lead;
@@ -49,8 +51,8 @@ char32_t decode_utf8(const unsigned char *text, size_t length, size_t &position)
         if (position >= length)
             return kInvalidCodePoint;
         const unsigned char byte = text[position];
-        const bool allowed = i == 0 ? (byte >= form->second_lo && byte <= form->second_hi)
-                                    : is_continuation(byte);
+        const bool allowed =
+            i == 0 ? (byte >= form->second_lo && byte <= form->second_hi) : is_continuation(byte);
         if (!allowed)
             return kInvalidCodePoint;
         code_point = (code_point << 6) | (byte & 0x3F);
@@ -59,7 +61,8 @@ char32_t decode_utf8(const unsigned char *text, size_t length, size_t &position)
     return code_point;
 }
 
-void append_utf8(std::string &out, char32_t code_point) {
+void append_utf8(std::string &out, char32_t code_point)
+{
     if (code_point < 0x80) {
         out += static_cast<char>(code_point);
     } else if (code_point < 0x800) {
@@ -77,7 +80,8 @@ void append_utf8(std::string &out, char32_t code_point) {
     }
 }
 
-size_t utf16_units_of_utf8(const char *text, size_t length) {
+size_t utf16_units_of_utf8(const char *text, size_t length)
+{
     if (text == nullptr)
         return 0;
     const auto *bytes = reinterpret_cast<const unsigned char *>(text);
@@ -89,7 +93,8 @@ size_t utf16_units_of_utf8(const char *text, size_t length) {
     return units;
 }
 
-size_t utf8_to_utf16_into(const char *text, size_t length, char16_t *out) {
+size_t utf8_to_utf16_into(const char *text, size_t length, char16_t *out)
+{
     if (text == nullptr)
         return 0;
     const auto *bytes = reinterpret_cast<const unsigned char *>(text);
@@ -128,13 +133,15 @@ size_t utf8_to_utf16_into(const char *text, size_t length, char16_t *out) {
     return units;
 }
 
-std::u16string utf8_to_utf16(const char *text, size_t length) {
+std::u16string utf8_to_utf16(const char *text, size_t length)
+{
     std::u16string out(length, u'\0');
     out.resize(utf8_to_utf16_into(text, length, out.data()));
     return out;
 }
 
-std::string utf16_to_utf8(const char16_t *text, size_t units) {
+std::string utf16_to_utf8(const char16_t *text, size_t units)
+{
     std::string out;
     if (text == nullptr)
         return out;
@@ -155,4 +162,4 @@ std::string utf16_to_utf8(const char16_t *text, size_t units) {
     return out;
 }
 
-} // namespace cblxml::platform
+}  // namespace cblxml::platform

@@ -25,6 +25,6 @@ void append_utf8(std::string &out, char32_t code_point);
 // UTF-16 units that utf8_to_utf16 would produce for the text.
 size_t utf16_units_of_utf8(const char *text, size_t length);
 
-} // namespace cblxml::platform
+}  // namespace cblxml::platform
 
 #endif

@@ -12,12 +12,12 @@
 #include <xercesc/util/OutOfMemoryException.hpp>
 
 #include "XmlDomHandlers/XmlDomHandlers.h"
+#include "platform/platform.h"
 #include "xexml/entity_guard.h"
 #include "xexml/error_reader.h"
 #include "xexml/parse_memory.h"
-#include "xexml/reader_setup.h"
-#include "platform/platform.h"
 #include "xexml/parser_init.h"
+#include "xexml/reader_setup.h"
 
 namespace cblxml {
 namespace {
@@ -95,7 +95,7 @@ int32_t parse_document(ParseMemory &memory, const void *document, uint32_t lengt
     return 3;
 }
 
-} // namespace
+}  // namespace
 
 int32_t parse_whole_events(xd_parse_info *sentinel, const void *document, uint32_t length,
                            uint32_t flags)
@@ -114,7 +114,7 @@ int32_t parse_whole_events(xd_parse_info *sentinel, const void *document, uint32
     }
 }
 
-} // namespace cblxml
+}  // namespace cblxml
 
 extern "C" int32_t kvt_xe_xml_dom_parse(const void *document, uint32_t length, void *out,
                                         xd_dom_parse_err_t **errorRecord, uint32_t flags)
@@ -129,8 +129,8 @@ extern "C" int32_t kvt_xe_xml_dom_parse(const void *document, uint32_t length, v
     }
 }
 
-extern "C" int32_t kvt_xe_xmlparse(xd_parse_info *sentinel, const void *document,
-                                   uint32_t length, uint32_t flags)
+extern "C" int32_t kvt_xe_xmlparse(xd_parse_info *sentinel, const void *document, uint32_t length,
+                                   uint32_t flags)
 {
     xd_parse_info *head = sentinel;
     // An event list cannot hold a tree: the tree-mode bit of a program's

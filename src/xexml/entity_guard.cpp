@@ -36,11 +36,10 @@ std::string utf8(const XMLCh *text)
     return platform::utf16_to_utf8(text, xercesc::XMLString::stringLen(text));
 }
 
-} // namespace
+}  // namespace
 
 EntityGuard::EntityGuard(xercesc::SAX2XMLReaderImpl &guarded, uint32_t flags)
-    : reader(guarded),
-      validating((flags & (CBLXML_OPT_VALIDATE | CBLXML_OPT_VALIDATE_ONLY)) != 0)
+    : reader(guarded), validating((flags & (CBLXML_OPT_VALIDATE | CBLXML_OPT_VALIDATE_ONLY)) != 0)
 {
     security.setEntityExpansionLimit(kEntityExpansionLimit);
     // Nothing is read unless this guard hands it over.
@@ -95,8 +94,7 @@ xercesc::InputSource *EntityGuard::resolveEntity(XMLResourceIdentifier *resource
 xercesc::InputSource *EntityGuard::emptySource(const XMLCh *systemId)
 {
     static const XMLByte nothing[1] = {0};
-    return new xercesc::MemBufInputSource(nothing, 0, systemId != nullptr ? systemId : u"",
-                                          false);
+    return new xercesc::MemBufInputSource(nothing, 0, systemId != nullptr ? systemId : u"", false);
 }
 
 xercesc::InputSource *EntityGuard::grammarSource(const XMLResourceIdentifier &resource)
@@ -113,17 +111,14 @@ xercesc::InputSource *EntityGuard::grammarSource(const XMLResourceIdentifier &re
     // The canonical path is the file's identity: what it names in turn is
     // resolved beside it.
     const std::u16string id = platform::utf8_to_utf16(file->path.data(), file->path.size());
-    auto *source = new xercesc::MemBufInputSource(
-        reinterpret_cast<const XMLByte *>(file->bytes.data()), file->bytes.size(), id.c_str(),
-        false);
+    auto *source =
+        new xercesc::MemBufInputSource(reinterpret_cast<const XMLByte *>(file->bytes.data()),
+                                       file->bytes.size(), id.c_str(), false);
     loaded.push_back(std::move(file));
     return source;
 }
 
-void EntityGuard::refuse(const XMLCh *systemId)
-{
-    throw RefusedEntity(systemId);
-}
+void EntityGuard::refuse(const XMLCh *name) { throw RefusedEntity(name); }
 
 void EntityGuard::internalEntityDecl(const XMLCh *const name, const XMLCh *const value)
 {
@@ -150,4 +145,4 @@ void EntityGuard::externalEntityDecl(const XMLCh *const name, const XMLCh *const
         generalEntities.insert(systemId);
 }
 
-} // namespace cblxml
+}  // namespace cblxml

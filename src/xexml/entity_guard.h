@@ -39,9 +39,9 @@ constexpr uint64_t kEntityTextLimit = 1024;
 
 class EntityGuard final : public xercesc::XMLEntityResolver, public xercesc::DeclHandler {
 public:
-    // Sets `reader` up for one parse with option word `flags`. The guard
+    // Sets `guarded` up for one parse with option word `flags`. The guard
     // must outlive the parse; its destructor takes itself off the reader.
-    EntityGuard(xercesc::SAX2XMLReaderImpl &reader, uint32_t flags);
+    EntityGuard(xercesc::SAX2XMLReaderImpl &guarded, uint32_t flags);
     ~EntityGuard() override;
     EntityGuard(const EntityGuard &) = delete;
     EntityGuard &operator=(const EntityGuard &) = delete;
@@ -61,7 +61,8 @@ public:
                             const XMLCh *const systemId) override;
     void elementDecl(const XMLCh *const, const XMLCh *const) override {}
     void attributeDecl(const XMLCh *const, const XMLCh *const, const XMLCh *const,
-                       const XMLCh *const, const XMLCh *const) override {}
+                       const XMLCh *const, const XMLCh *const) override
+    {}
 
 private:
     xercesc::InputSource *emptySource(const XMLCh *systemId);
@@ -82,6 +83,6 @@ private:
     std::vector<std::unique_ptr<GrammarFile>> loaded;
 };
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

@@ -11,11 +11,10 @@ uint64_t saturating_add(uint64_t a, uint64_t b)
 
 bool is_predefined(const std::u16string &name)
 {
-    return name == u"lt" || name == u"gt" || name == u"amp" || name == u"apos" ||
-           name == u"quot";
+    return name == u"lt" || name == u"gt" || name == u"amp" || name == u"apos" || name == u"quot";
 }
 
-} // namespace
+}  // namespace
 
 uint64_t EntitySizes::referenced(const XMLCh *name, size_t length) const
 {
@@ -49,4 +48,4 @@ uint64_t EntitySizes::declare(const XMLCh *name, const XMLCh *value)
     return total;
 }
 
-} // namespace cblxml
+}  // namespace cblxml

@@ -31,6 +31,6 @@ private:
     std::unordered_map<std::u16string, uint64_t> sizes;
 };
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

@@ -14,16 +14,15 @@ public:
     // The reader takes its memory from `memory`, which must outlive it.
     explicit ErrorRecordingReader(xercesc::MemoryManager *memory)
         : xercesc::SAX2XMLReaderImpl(memory)
-    {
-    }
+    {}
 
     const ParserError *lastError() const { return &last; }
 
     // Only called while an error handler is registered.
     void error(const unsigned int errCode, const XMLCh *const msgDomain,
                const xercesc::XMLErrorReporter::ErrTypes errType, const XMLCh *const errorText,
-               const XMLCh *const systemId, const XMLCh *const publicId,
-               const XMLFileLoc lineNum, const XMLFileLoc colNum) override
+               const XMLCh *const systemId, const XMLCh *const publicId, const XMLFileLoc lineNum,
+               const XMLFileLoc colNum) override
     {
         last.code = errCode;
         last.domain = msgDomain;
@@ -35,6 +34,6 @@ private:
     ParserError last;
 };
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

@@ -76,8 +76,7 @@ size_t scheme_length(const std::string &id)
     while (i < id.size() && (std::isalnum(static_cast<unsigned char>(id[i])) || id[i] == '+' ||
                              id[i] == '-' || id[i] == '.'))
         ++i;
-    if (i < 2 || i >= id.size() || id[i] != ':' ||
-        !std::isalpha(static_cast<unsigned char>(id[0])))
+    if (i < 2 || i >= id.size() || id[i] != ':' || !std::isalpha(static_cast<unsigned char>(id[0])))
         return 0;
     return i + 1;
 }
@@ -93,8 +92,8 @@ std::string file_url_path(const std::string &url)
     std::string rest = url.substr(5);
     if (rest.compare(0, 2, "//") == 0) {
         const size_t slash = rest.find('/', 2);
-        const std::string host = rest.substr(2, slash == std::string::npos ? std::string::npos
-                                                                            : slash - 2);
+        const std::string host =
+            rest.substr(2, slash == std::string::npos ? std::string::npos : slash - 2);
         if (!host.empty() && strcasecmp(host.c_str(), "localhost") != 0)
             return {};
         rest = slash == std::string::npos ? std::string() : rest.substr(slash);
@@ -123,7 +122,7 @@ bool inside(const std::string &path, const std::string &directory)
            path[directory.size()] == '/';
 }
 
-} // namespace
+}  // namespace
 
 std::vector<std::string> grammar_directories()
 {
@@ -149,7 +148,7 @@ std::string grammar_path(const std::string &systemId, const std::string &base)
 {
     if (systemId.empty() || systemId.find('\0') != std::string::npos)
         return {};
-    const std::string path = local_form(systemId);
+    std::string path = local_form(systemId);
     if (path.empty() || path[0] == '/')
         return path;
     // Relative: beside the naming file when that is local, else in the
@@ -209,4 +208,4 @@ bool read_grammar(const std::string &path, const std::vector<std::string> &direc
     return true;
 }
 
-} // namespace cblxml
+}  // namespace cblxml

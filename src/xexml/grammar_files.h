@@ -37,6 +37,6 @@ bool read_grammar(const std::string &path, const std::vector<std::string> &direc
 
 constexpr size_t kGrammarMaxBytes = 16u << 20;
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

@@ -19,14 +19,16 @@ template <typename T>
 T desc_load(const IDESC *desc, size_t offset)
 {
     T value;
-    std::memcpy(&value, reinterpret_cast<const unsigned char *>(desc) + offset, sizeof value);
+    std::memcpy(&value, reinterpret_cast<const unsigned char *>(desc) + offset,
+                sizeof(T));  // NOLINT(bugprone-sizeof-expression): T may be a pointer
     return value;
 }
 
 template <typename T>
 void desc_store(IDESC *desc, size_t offset, T value)
 {
-    std::memcpy(reinterpret_cast<unsigned char *>(desc) + offset, &value, sizeof value);
+    std::memcpy(reinterpret_cast<unsigned char *>(desc) + offset, &value,
+                sizeof(T));  // NOLINT(bugprone-sizeof-expression): T may be a pointer
 }
 
 // DESC_GET(desc, occurs_max) reads a field; DESC_SET(desc, parent, p) writes one.
@@ -52,10 +54,7 @@ inline uint64_t desc_padded(uint32_t length)
     return length == 0 ? 0 : (uint64_t{length - 1} / IDESC_STRING_UNIT + 1) * IDESC_STRING_UNIT;
 }
 
-inline bool desc_is_table(const IDESC *desc)
-{
-    return DESC_GET(desc, occurs_max) != 0;
-}
+inline bool desc_is_table(const IDESC *desc) { return DESC_GET(desc, occurs_max) != 0; }
 
 }  // namespace cblxml::xexml
 

@@ -53,4 +53,4 @@ void ParseMemory::deallocate(void *block)
     std::free(header);
 }
 
-} // namespace cblxml
+}  // namespace cblxml

@@ -32,6 +32,6 @@ private:
     Header *blocks = nullptr;  // the blocks held, newest first
 };
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

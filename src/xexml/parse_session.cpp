@@ -21,7 +21,7 @@ namespace {
 // here, so a state item's record is known for an anchor by this address.
 const char kAnchorName[CBLXML_EVENT_NAME_LEN] = {};
 
-} // namespace
+}  // namespace
 
 ParseSession::ParseSession(uint32_t optionWord) : flags(optionWord)
 {
@@ -197,8 +197,8 @@ void ParseSession::endScan()
 void ParseSession::restartWhole()
 {
     scanning = false;
-    std::string document = handler != nullptr && handler->getMPH() != nullptr
-                               ? std::move(original) : buffer;
+    std::string document =
+        handler != nullptr && handler->getMPH() != nullptr ? std::move(original) : buffer;
     closeParser();
     freePending();
 
@@ -256,4 +256,4 @@ void ParseSession::freePending()
     }
 }
 
-} // namespace cblxml
+}  // namespace cblxml

@@ -101,6 +101,6 @@ private:
     uint64_t delivered = 0;
 };
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

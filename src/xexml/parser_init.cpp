@@ -13,7 +13,7 @@ namespace {
 // The one piece of process-wide state of the parse path.
 std::atomic<bool> g_parserInitialised{false};
 
-} // namespace
+}  // namespace
 
 bool ensure_parser_initialised()
 {
@@ -33,4 +33,4 @@ bool ensure_parser_initialised()
     return true;
 }
 
-} // namespace cblxml
+}  // namespace cblxml

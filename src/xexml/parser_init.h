@@ -8,6 +8,6 @@ namespace cblxml {
 // the next parse). The library is never terminated.
 bool ensure_parser_initialised();
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

@@ -14,8 +14,7 @@ void set_features(xercesc::SAX2XMLReader &reader, uint32_t flags)
     reader.setFeature(XMLUni::fgSAX2CoreNameSpaces, true);
     reader.setFeature(XMLUni::fgXercesSchema, validate);
     reader.setFeature(XMLUni::fgXercesSchemaFullChecking, validate);
-    reader.setFeature(XMLUni::fgSAX2CoreNameSpacePrefixes,
-                      validate || !(flags & CBLXML_OPT_TREE));
+    reader.setFeature(XMLUni::fgSAX2CoreNameSpacePrefixes, validate || !(flags & CBLXML_OPT_TREE));
     reader.setFeature(XMLUni::fgSAX2CoreValidation, validate);
 }
 
@@ -48,4 +47,4 @@ std::string parse_buffer(XmlDomHandlers &handler, const void *document, uint32_t
     return buffer;
 }
 
-} // namespace cblxml
+}  // namespace cblxml

@@ -29,6 +29,6 @@ std::string parse_buffer(XmlDomHandlers &handler, const void *document, uint32_t
 int32_t parse_whole_events(xd_parse_info *sentinel, const void *document, uint32_t length,
                            uint32_t flags);
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

@@ -174,10 +174,7 @@ extern "C" void *kvt_xe_xml_itm_addr_get(xml_rec_entry_t *entry, IDESC *item, ui
     return static_cast<unsigned char *>(entry->data) + position;
 }
 
-extern "C" void kvt_xe_xml_rec_count_reset_zeroes(xml_rec_entry_t *entry)
-{
-    fill_counts(entry, 0);
-}
+extern "C" void kvt_xe_xml_rec_count_reset_zeroes(xml_rec_entry_t *entry) { fill_counts(entry, 0); }
 
 extern "C" void kvt_xe_xml_rec_count_reset_maximum(xml_rec_entry_t *entry)
 {

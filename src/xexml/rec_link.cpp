@@ -20,10 +20,7 @@ struct Walk {
     uint32_t budget;
 };
 
-unsigned char *bytes(IDESC *desc)
-{
-    return reinterpret_cast<unsigned char *>(desc);
-}
+unsigned char *bytes(IDESC *desc) { return reinterpret_cast<unsigned char *>(desc); }
 
 // Fills the descriptor's string pointers and returns the address just past
 // its last string, which is where the next descriptor starts. Done for every

@@ -4,10 +4,7 @@ namespace cblxml {
 
 namespace {
 
-bool document_accepts(uint32_t kind)
-{
-    return kind == XD_DOM_ELEMENT || kind == XD_DOM_PI;
-}
+bool document_accepts(uint32_t kind) { return kind == XD_DOM_ELEMENT || kind == XD_DOM_PI; }
 
 // The last node of a list. A tail pointer is trusted only while the list has
 // a head: freeing the only node of a list advances the head to null but leaves
@@ -36,7 +33,7 @@ void append_to_list(xd_dom_node_t **head, xd_dom_node_t **tail, xd_dom_node_t *n
     *tail = node;
 }
 
-} // namespace
+}  // namespace
 
 bool dom_append_child(xd_dom_node_t *parent, xd_dom_node_t *child)
 {
@@ -52,4 +49,4 @@ bool dom_append_child(xd_dom_node_t *parent, xd_dom_node_t *child)
     return true;
 }
 
-} // namespace cblxml
+}  // namespace cblxml

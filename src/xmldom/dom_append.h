@@ -18,6 +18,6 @@ bool dom_append_child(xd_dom_node_t *parent, xd_dom_node_t *child);
 // running out of memory): spaces, line feeds and zero bytes only.
 bool dom_text_is_blank(const char *chars, uint32_t length);
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

@@ -18,6 +18,6 @@ void dom_set_strings_utf8(xd_dom_node_t *document, bool utf8);
 // from the tree.
 const char *dom_document_encoding(const xd_dom_node_t *document);
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

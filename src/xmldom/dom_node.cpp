@@ -48,15 +48,9 @@ char *copy_bytes(const char *bytes, size_t size)
     return copy;
 }
 
-char *copy_string(const char *text)
-{
-    return copy_bytes(text, std::strlen(text));
-}
+char *copy_string(const char *text) { return copy_bytes(text, std::strlen(text)); }
 
-bool is_empty(const char *text)
-{
-    return text == nullptr || text[0] == '\0';
-}
+bool is_empty(const char *text) { return text == nullptr || text[0] == '\0'; }
 
 // Copies `text` into *field unless it is null or empty (then *field stays
 // null). False only when a copy was due and the allocation failed.
@@ -98,15 +92,23 @@ int succeed(xd_dom_node_t **out, xd_dom_node_t *node)
 // Release rules per kind.
 // ---------------------------------------------------------------------------
 
-enum class Children { kNone, kAll, kFirstOnly };
-enum class HeadList { kNone, kChildren, kAttributes };
+enum class Children {
+    kNone,
+    kAll,
+    kFirstOnly
+};
+enum class HeadList {
+    kNone,
+    kChildren,
+    kAttributes
+};
 
 struct ReleaseRule {
     uint32_t kind;
-    Children children;      // which of the child list is released with the node
-    bool attributes;        // the attribute list is released with the node
-    HeadList unlinks;       // which list of the parent an unlink advances
-    bool frees_namespace;   // only elements and attributes carry one
+    Children children;     // which of the child list is released with the node
+    bool attributes;       // the attribute list is released with the node
+    HeadList unlinks;      // which list of the parent an unlink advances
+    bool frees_namespace;  // only elements and attributes carry one
 };
 
 const ReleaseRule kReleaseRules[] = {
@@ -194,14 +196,11 @@ void unlink_head(const xd_dom_node_t *node, const ReleaseRule &rule)
         parent->first_attribute = node->next_sibling;
 }
 
-} // namespace
+}  // namespace
 
 namespace cblxml {
 
-bool dom_text_is_blank(const char *chars, uint32_t length)
-{
-    return is_blank(chars, length);
-}
+bool dom_text_is_blank(const char *chars, uint32_t length) { return is_blank(chars, length); }
 
 void dom_set_strings_utf8(xd_dom_node_t *document, bool utf8)
 {
@@ -218,7 +217,7 @@ const char *dom_document_encoding(const xd_dom_node_t *document)
     return document->value;
 }
 
-} // namespace cblxml
+}  // namespace cblxml
 
 extern "C" {
 
@@ -288,8 +287,8 @@ int kvt_xe_xml_dom_attr_node(void *owner, xd_dom_node_t **out, const char *name,
     return succeed(out, node);
 }
 
-int kvt_xe_xml_dom_text_node(void *owner, xd_dom_node_t **out, const char *chars,
-                             uint32_t length, int keep_blank)
+int kvt_xe_xml_dom_text_node(void *owner, xd_dom_node_t **out, const char *chars, uint32_t length,
+                             int keep_blank)
 {
     if (owner == nullptr || out == nullptr || (chars == nullptr && length > 0))
         return fail(out);
@@ -367,4 +366,4 @@ void kvt_xe_xml_dom_free_node(xd_dom_node_t *node, int unlink)
     }
 }
 
-} // extern "C"
+}  // extern "C"

@@ -10,7 +10,7 @@ namespace {
 // this marker identifies the request to them.
 char g_continuation_service;
 
-} // namespace
+}  // namespace
 
 extern "C" void CBL_XMLPARSE_EXCEPTION2(int32_t continue_flag)
 {

@@ -52,18 +52,22 @@ xd_parse_info *closing_record(int32_t result)
 
 // The program's items need not be aligned for their type: every value
 // passes through memcpy.
-template <typename T> T load(const void *item)
+template <typename T>
+T load(const void *item)
 {
     T value{};
     if (item != nullptr)
-        std::memcpy(&value, item, sizeof value);
+        std::memcpy(&value, item,
+                    sizeof(T));  // NOLINT(bugprone-sizeof-expression): T may be a pointer
     return value;
 }
 
-template <typename T> void store(void *item, T value)
+template <typename T>
+void store(void *item, T value)
 {
     if (item != nullptr)
-        std::memcpy(item, &value, sizeof value);
+        std::memcpy(item, &value,
+                    sizeof(T));  // NOLINT(bugprone-sizeof-expression): T may be a pointer
 }
 
 // Writes the record's name, text length and code into the program's items
@@ -71,9 +75,8 @@ template <typename T> void store(void *item, T value)
 // handed over: it holds exactly the text, and its terminator lies beyond the
 // length the program is given. Throws bad_alloc when the text the program
 // must receive cannot be made (nothing is then taken from the record).
-char *hand_over(xd_parse_info *record, bool first, const void *document,
-                const void *documentLength, uint32_t flags, void *textLength, void *code,
-                char *eventName)
+char *hand_over(xd_parse_info *record, bool first, const void *document, const void *documentLength,
+                uint32_t flags, void *textLength, void *code, char *eventName)
 {
     if (eventName != nullptr)
         std::memcpy(eventName, record->event_name, CBLXML_EVENT_NAME_LEN);
@@ -124,10 +127,11 @@ void deliver(void *state, void *textHolder, void *textLength, void *code, char *
 
     if (code == nullptr && eventName == nullptr) {
         // The clean-up call: the caller's last buffer stays the caller's.
-        if (ParseSession *session = ParseSession::fromAnchor(head))
-            delete session;
-        else
+        // A session goes with its records; a list the caller built is freed.
+        ParseSession *session = ParseSession::fromAnchor(head);
+        if (session == nullptr)
             EventChainDeleter()(head);
+        delete session;
         store<xd_parse_info *>(state, nullptr);
         return;
     }
@@ -160,8 +164,7 @@ void deliver(void *state, void *textHolder, void *textLength, void *code, char *
     if (session == nullptr) {
         // A list of records built by the caller (through kvt_xe_xmlparse):
         // delivered and freed one record per call.
-        text = hand_over(head, first, document, documentLength, flags, textLength, code,
-                         eventName);
+        text = hand_over(head, first, document, documentLength, flags, textLength, code, eventName);
         xd_parse_info *following = head->next;
         kvt_xe_xmlparse_delete_info(head);
         if (following != nullptr)
@@ -185,8 +188,8 @@ void deliver(void *state, void *textHolder, void *textLength, void *code, char *
                 store<xd_parse_info *>(state, nullptr);
                 throw;
             }
-            text = hand_over(record, false, document, documentLength, flags, textLength,
-                             code, eventName);
+            text = hand_over(record, false, document, documentLength, flags, textLength, code,
+                             eventName);
         } catch (...) {
             // The session goes with the failure: the state item must not
             // keep pointing at it.
@@ -209,17 +212,16 @@ void deliver(void *state, void *textHolder, void *textLength, void *code, char *
         std::free(text);
 }
 
-} // namespace
-} // namespace cblxml
+}  // namespace
+}  // namespace cblxml
 
 extern "C" void CBL_XMLPARSE_INTERFACE(xd_parse_info **state, void **document, void **text,
-                                       uint32_t *document_length, uint32_t *text_length,
-                                       void *code, char *event_name, uint32_t *flags)
+                                       uint32_t *document_length, uint32_t *text_length, void *code,
+                                       char *event_name, uint32_t *flags)
 {
     try {
-        cblxml::deliver(state, text, text_length, code, event_name,
-                        cblxml::load<void *>(document), document_length,
-                        cblxml::load<uint32_t>(flags));
+        cblxml::deliver(state, text, text_length, code, event_name, cblxml::load<void *>(document),
+                        document_length, cblxml::load<uint32_t>(flags));
     } catch (...) {
         // Nothing crosses into the program; an allocation failure while
         // delivering leaves the list as it was.

@@ -27,4 +27,4 @@ uint32_t event_text_length(const xd_parse_info *record, uint32_t flags)
     return static_cast<uint32_t>(std::strlen(record->text));
 }
 
-} // namespace cblxml
+}  // namespace cblxml

@@ -16,6 +16,6 @@ uint32_t event_text_length(const xd_parse_info *record, uint32_t flags);
 // The number of 16-bit units before the terminating zero unit.
 int32_t wide_length(const char *text);
 
-} // namespace cblxml
+}  // namespace cblxml
 
 #endif

@@ -7,16 +7,14 @@
 extern "C" void CBL_XMLPARSE_INTERFACE_WRAP(xd_parse_info **state, void *document_base,
                                             uint32_t document_offset, uint32_t document_length,
                                             void *text_area, uint32_t *text_length, void *code,
-                                            void *event_base, uint32_t event_offset,
-                                            uint32_t flags)
+                                            void *event_base, uint32_t event_offset, uint32_t flags)
 {
     try {
         void *document = document_base != nullptr
                              ? static_cast<char *>(document_base) + document_offset
                              : nullptr;
-        char *event = event_base != nullptr
-                          ? static_cast<char *>(event_base) + event_offset
-                          : nullptr;
+        char *event =
+            event_base != nullptr ? static_cast<char *>(event_base) + event_offset : nullptr;
         // Null on every entry, so the delivery never frees a buffer here.
         void *text = nullptr;
         uint32_t length = 0;

@@ -9,10 +9,7 @@ namespace {
 using Operation = int32_t (*)(xmlio_fcb *);
 
 // Operations that are not built yet answer as an unknown opcode would.
-int32_t not_available(xmlio_fcb *)
-{
-    return XMLIO_ST_BAD_OPCODE;
-}
+int32_t not_available(xmlio_fcb *) { return XMLIO_ST_BAD_OPCODE; }
 
 // Indexed by opcode, 1 to 12.
 const Operation kOperations[] = {

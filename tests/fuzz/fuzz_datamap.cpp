@@ -13,8 +13,8 @@
 
 namespace {
 
-const uint32_t kClasses[] = {DM_CLASS_NUMERIC,        DM_CLASS_ALPHABETIC,   DM_CLASS_ALNUM_EDITED,
-                             DM_CLASS_ALPHANUMERIC,   DM_CLASS_NUMERIC_EDITED, DM_CLASS_NATIONAL,
+const uint32_t kClasses[] = {DM_CLASS_NUMERIC,      DM_CLASS_ALPHABETIC,     DM_CLASS_ALNUM_EDITED,
+                             DM_CLASS_ALPHANUMERIC, DM_CLASS_NUMERIC_EDITED, DM_CLASS_NATIONAL,
                              DM_CLASS_DBCS};
 const uint32_t kUsages[] = {DM_USAGE_BINARY, DM_USAGE_COMP1,   DM_USAGE_COMP2,
                             DM_USAGE_PACKED, DM_USAGE_COMP5,   DM_USAGE_COMP6,
@@ -33,14 +33,14 @@ T pick(const T (&table)[N], uint8_t b)
     return table[b % N];
 }
 
-} // namespace
+}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     cblxml_fuzz::Input input(data, size);
     const uint8_t setup = input.byte();
-    Handle handle{DMInit(setup & 3, 0, 0, pick(kSeparators, input.byte()),
-                         pick(kSeparators, input.byte()))};
+    Handle handle{
+        DMInit(setup & 3, 0, 0, pick(kSeparators, input.byte()), pick(kSeparators, input.byte()))};
     if (handle.map == nullptr)
         return 0;
 

@@ -46,6 +46,6 @@ private:
     size_t left;
 };
 
-} // namespace cblxml_fuzz
+}  // namespace cblxml_fuzz
 
 #endif

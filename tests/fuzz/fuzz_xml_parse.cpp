@@ -77,7 +77,7 @@ void engine_events(const std::string &document, uint32_t options)
     std::free(sentinel);
 }
 
-} // namespace
+}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
@@ -91,10 +91,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         const cblxml_test::TreeParse tree(document, options);
     }
     switch (head >> 6) {
-    case 0: deliver_all(document, options, 1000000); break;
-    case 1: deliver_wrapped(document, options); break;
-    case 2: deliver_all(document, options, 1 + document.size() % 7); break;
-    default: engine_events(document, options); break;
+    case 0:
+        deliver_all(document, options, 1000000);
+        break;
+    case 1:
+        deliver_wrapped(document, options);
+        break;
+    case 2:
+        deliver_all(document, options, 1 + document.size() % 7);
+        break;
+    default:
+        engine_events(document, options);
+        break;
     }
     return 0;
 }

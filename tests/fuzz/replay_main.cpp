@@ -27,7 +27,7 @@ int replay_file(const std::filesystem::path &path)
     return 0;
 }
 
-} // namespace
+}  // namespace
 
 int main(int argc, char **argv)
 {

@@ -71,8 +71,8 @@ bool same_tree(const xd_dom_node_t *a, const xd_dom_node_t *b)
 int32_t parse_tree(const std::string &doc, xd_dom_node_t **tree)
 {
     xd_dom_parse_err_t error{}, *record = &error;
-    const int32_t result = kvt_xe_xml_dom_parse(doc.data(), static_cast<uint32_t>(doc.size()),
-                                                tree, &record, CBLXML_OPT_TREE);
+    const int32_t result = kvt_xe_xml_dom_parse(doc.data(), static_cast<uint32_t>(doc.size()), tree,
+                                                &record, CBLXML_OPT_TREE);
     std::free(error.message);
     return result;
 }
@@ -126,7 +126,9 @@ TEST(AllocationFailure, EventMode)
         {kSkipped, 0, SIZE_MAX},
         {kVaried, CBLXML_OPT_VALIDATE, SIZE_MAX},
         // The progressive parse gives way to a whole-document one here.
-        {"<?xml version=\"1.1\"\x85" "encoding=\"iso-8859-1\"?>\n<foo/>\n", 0, SIZE_MAX},
+        {"<?xml version=\"1.1\"\x85"
+         "encoding=\"iso-8859-1\"?>\n<foo/>\n",
+         0, SIZE_MAX},
     };
     for (const auto &c : cases) {
         const std::vector<Event> good = cblxml_test::parse_events(c.doc, c.flags, c.stop);
@@ -145,4 +147,4 @@ TEST(AllocationFailure, TreeMode)
     }
 }
 
-} // namespace
+}  // namespace

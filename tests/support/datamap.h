@@ -46,8 +46,8 @@ inline std::string store(void *map, const dm_item_desc &desc, const std::string 
 }
 
 // The text of an item in `form`, without the terminator of the UTF-8 form.
-inline std::string fetch(void *map, const dm_item_desc &desc, const std::string &item,
-                         int32_t form, int32_t *status)
+inline std::string fetch(void *map, const dm_item_desc &desc, const std::string &item, int32_t form,
+                         int32_t *status)
 {
     std::string text(desc.length * 4 + 64, '\x01');
     auto length = static_cast<uint32_t>(text.size());
@@ -57,6 +57,6 @@ inline std::string fetch(void *map, const dm_item_desc &desc, const std::string 
     return text.substr(0, length);
 }
 
-} // namespace cblxml_test
+}  // namespace cblxml_test
 
 #endif

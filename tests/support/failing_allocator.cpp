@@ -62,7 +62,7 @@ void *counted(void *block) { return block; }
 void *counted(void *block) { return live += block != nullptr, block; }
 #endif
 
-} // namespace
+}  // namespace
 
 extern "C" {
 void *malloc(size_t size) { return failing() ? nullptr : counted(REAL(malloc)(size)); }
@@ -80,7 +80,7 @@ void *realloc(void *block, size_t size)
         return size == 0 ? (free(block), nullptr) : malloc(size);
     return failing() ? nullptr : REAL(realloc)(block, size);  // still one block
 }
-} // extern "C"
+}  // extern "C"
 
 void *operator new(size_t size)
 {

@@ -10,7 +10,13 @@
 namespace alloc_sweep {
 
 // What a run found wrong, as bits; the sweep adds Leak and Crash itself.
-enum Fault { SilentStop = 1, WrongData = 2, BadState = 4, Leak = 8, Crash = 16 };
+enum Fault {
+    SilentStop = 1,
+    WrongData = 2,
+    BadState = 4,
+    Leak = 8,
+    Crash = 16
+};
 
 struct Tally {
     long points = 0;
@@ -23,6 +29,6 @@ struct Tally {
 // returns, Leak when it holds more blocks after the run than before.
 Tally sweep(const std::function<int()> &run);
 
-} // namespace alloc_sweep
+}  // namespace alloc_sweep
 
 #endif

@@ -124,6 +124,6 @@ struct TreeParse {
     }
 };
 
-} // namespace cblxml_test
+}  // namespace cblxml_test
 
 #endif

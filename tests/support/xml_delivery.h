@@ -90,6 +90,6 @@ DeliveryEnd deliver(const void *document, uint32_t length, uint32_t options, OnE
     return end;
 }
 
-} // namespace cblxml_support
+}  // namespace cblxml_support
 
 #endif

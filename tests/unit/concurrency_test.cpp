@@ -43,8 +43,8 @@ std::vector<Job> jobs()
         "<?xml version=\"1.0\" standalone=\"yes\"?><r>&#65;&#x42;</r>",
         "<!DOCTYPE r [<!ELEMENT r (c)><!ELEMENT c EMPTY>]><r><d/></r>",
     };
-    const uint32_t forms[] = {0, CBLXML_OPT_NATIONAL, CBLXML_OPT_EBCDIC_DATA,
-                              CBLXML_OPT_VALIDATE, CBLXML_OPT_VALIDATE_ONLY | CBLXML_OPT_NATIONAL};
+    const uint32_t forms[] = {0, CBLXML_OPT_NATIONAL, CBLXML_OPT_EBCDIC_DATA, CBLXML_OPT_VALIDATE,
+                              CBLXML_OPT_VALIDATE_ONLY | CBLXML_OPT_NATIONAL};
     std::vector<Job> out;
     for (const std::string &text : texts) {
         for (uint32_t options : forms) {
@@ -58,20 +58,22 @@ TEST(ConcurrencyTest, ThreadsGetTheEventsOfASingleThreadedRun)
 {
     const std::vector<Job> all = jobs();
     std::vector<std::vector<Event>> expected;
+    expected.reserve(all.size());
     for (const Job &job : all)
         expected.push_back(cblxml_test::parse_events(job.document, job.options));
 
     std::atomic<int> mismatches{0};
     std::atomic<int> firstBad{-1};
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int t = 0; t < kThreads; ++t) {
         threads.emplace_back([&, t] {
             for (int i = 0; i < kParsesPerThread; ++i) {
                 // Threads walk the documents with different strides, so that
                 // different documents are parsed at the same moment.
-                const size_t index = (static_cast<size_t>(t) * 7 + static_cast<size_t>(i) *
-                                                                        (2 * t + 1)) %
-                                     all.size();
+                const size_t index =
+                    (static_cast<size_t>(t) * 7 + static_cast<size_t>(i) * (2 * t + 1)) %
+                    all.size();
                 const Job &job = all[index];
                 if (cblxml_test::parse_events(job.document, job.options) != expected[index]) {
                     ++mismatches;
@@ -91,6 +93,7 @@ TEST(ConcurrencyTest, TreesAndDataMapsOnManyThreads)
     const std::string document = "<r a=\"1\"><c>x &amp; y</c><d/></r>";
     std::atomic<int> failures{0};
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     // Even threads share one handle, odd ones open their own.
     void *shared = DMInit(3, 0, 0, 0, 0);
     for (int t = 0; t < kThreads; ++t) {
@@ -100,8 +103,8 @@ TEST(ConcurrencyTest, TreesAndDataMapsOnManyThreads)
                 const cblxml_test::TreeParse tree(document);
                 if (tree.result != 0 || tree.doc == nullptr)
                     ++failures;
-                const dm_item_desc desc = cblxml_test::describe(DM_CLASS_NUMERIC, DM_USAGE_PACKED,
-                                                                4, 7, 2, true);
+                const dm_item_desc desc =
+                    cblxml_test::describe(DM_CLASS_NUMERIC, DM_USAGE_PACKED, 4, 7, 2, true);
                 const std::string value = "-" + std::to_string(t * 1000 + i) + ".25";
                 int32_t status = 0;
                 const std::string item = cblxml_test::store(map, desc, value, &status);
@@ -120,4 +123,4 @@ TEST(ConcurrencyTest, TreesAndDataMapsOnManyThreads)
     EXPECT_EQ(failures.load(), 0);
 }
 
-} // namespace
+}  // namespace

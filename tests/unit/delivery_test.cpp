@@ -70,8 +70,9 @@ TEST(DeliveryTest, ChangingTheDocumentDuringTheParseChangesNoEvent)
     std::vector<std::string> got;
     do {
         const std::string name = p.next();
-        got.push_back(name + "|" + std::string(static_cast<char *>(p.text ? p.text : p.name),
-                                                p.text ? p.textLength : 0));
+        got.push_back(
+            name + "|" +
+            std::string(static_cast<char *>(p.text ? p.text : p.name), p.text ? p.textLength : 0));
         if (got.size() == 2)
             std::memset(p.document.data(), 'X', p.document.size());
     } while (p.state != nullptr && got.size() < 50);
@@ -218,14 +219,13 @@ TEST(DeliveryTest, ItemsNeedNotBeAligned)
     std::vector<std::string> names;
     xd_parse_info *head = nullptr;
     do {
-        CBL_XMLPARSE_INTERFACE(reinterpret_cast<xd_parse_info **>(state),
-                               reinterpret_cast<void **>(docPointer),
-                               reinterpret_cast<void **>(text),
-                               reinterpret_cast<uint32_t *>(docLength),
-                               reinterpret_cast<uint32_t *>(textLength), code, name,
-                               reinterpret_cast<uint32_t *>(options));
+        CBL_XMLPARSE_INTERFACE(
+            reinterpret_cast<xd_parse_info **>(state), reinterpret_cast<void **>(docPointer),
+            reinterpret_cast<void **>(text), reinterpret_cast<uint32_t *>(docLength),
+            reinterpret_cast<uint32_t *>(textLength), code, name,
+            reinterpret_cast<uint32_t *>(options));
         names.emplace_back(name, 17);
-        std::memcpy(&head, state, sizeof head);
+        std::memcpy(&head, state, sizeof(xd_parse_info *));
     } while (head != nullptr && names.size() < 10);
     void *last = nullptr;
     std::memcpy(&last, text, sizeof last);
@@ -234,4 +234,4 @@ TEST(DeliveryTest, ItemsNeedNotBeAligned)
     EXPECT_EQ(names.front(), "START-OF-DOCUMENT");
 }
 
-} // namespace
+}  // namespace

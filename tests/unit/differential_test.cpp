@@ -29,8 +29,8 @@ std::vector<Event> list_events(const std::string &document, uint32_t options)
 {
     std::string copy = document;
     xd_parse_info sentinel{};
-    const int32_t result = kvt_xe_xmlparse(&sentinel, copy.data(),
-                                           static_cast<uint32_t>(copy.size()), options);
+    const int32_t result =
+        kvt_xe_xmlparse(&sentinel, copy.data(), static_cast<uint32_t>(copy.size()), options);
     std::vector<Event> events;
     if (sentinel.next == nullptr) {
         // Nothing was reported: the entry ends the parse by the result.
@@ -164,7 +164,8 @@ const char *const kDocuments[] = {
     "<a xmlns:p=\"\"/>",
     // The scanner lets an exception through its first step here (a NEL in a
     // version 1.1 declaration): the rest is taken from a whole-document parse.
-    "<?xml version=\"1.1\"\x85" "encoding=\"iso-8859-1\"?>\n<foo/>\n",
+    "<?xml version=\"1.1\"\x85"
+    "encoding=\"iso-8859-1\"?>\n<foo/>\n",
     "<p:a/>",
 };
 
@@ -187,8 +188,8 @@ TEST(DifferentialTest, LargeDocumentsCrossTheParserBuffers)
     std::string doc = "<?xml version=\"1.0\"?>\n<batch>\n";
     for (int i = 0; i < 3000; ++i) {
         doc += "  <rec id=\"" + std::to_string(i) + "\" note=\"a&amp;b&#" +
-               std::to_string(160 + i % 500) + ";\">text &lt;" + std::to_string(i) +
-               "&gt;\r\n" + std::string(static_cast<size_t>(i % 97), 'x') + "</rec>\n";
+               std::to_string(160 + i % 500) + ";\">text &lt;" + std::to_string(i) + "&gt;\r\n" +
+               std::string(static_cast<size_t>(i % 97), 'x') + "</rec>\n";
     }
     doc += "</batch>\n";
     EXPECT_EQ(difference(doc, 0), "");
@@ -216,4 +217,4 @@ TEST(DifferentialTest, ConformanceSuiteDocuments)
         EXPECT_EQ(difference(read_file(path), 0), "") << path;
 }
 
-} // namespace
+}  // namespace

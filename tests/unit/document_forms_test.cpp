@@ -64,8 +64,9 @@ struct TreeParse {
 
 TEST(DocumentFormsTest, TreeStringsAreUtf8InEveryUtfForm)
 {
-    const std::string body = "<r a=\"xyz\" b=\"\xC3\xA9\xF0\x9D\x84\x9E\"><s>th\xC3\xA9 &amp; caf\xC3\xA9 "
-                             "\xF0\x9D\x84\x9E</s>end</r>";
+    const std::string body =
+        "<r a=\"xyz\" b=\"\xC3\xA9\xF0\x9D\x84\x9E\"><s>th\xC3\xA9 &amp; caf\xC3\xA9 "
+        "\xF0\x9D\x84\x9E</s>end</r>";
     const std::string utf8 = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>" + body;
     TreeParse reference(utf8);
     ASSERT_EQ(reference.result, 0);
@@ -73,21 +74,22 @@ TEST(DocumentFormsTest, TreeStringsAreUtf8InEveryUtfForm)
     ASSERT_NE(expected.find("th\xC3\xA9 & caf\xC3\xA9 \xF0\x9D\x84\x9E"), std::string::npos);
 
     struct Form {
-        const char *code;     // iconv name of the bytes
-        const char *mark;     // UTF-8 byte-order mark to put first, or ""
-        const char *declared; // encoding declared, or null for none
+        const char *code;      // iconv name of the bytes
+        const char *mark;      // UTF-8 byte-order mark to put first, or ""
+        const char *declared;  // encoding declared, or null for none
     };
     const Form forms[] = {
-        {"UTF-8", "\xEF\xBB\xBF", nullptr}, {"UTF-16LE", "", "UTF-16"},
-        {"UTF-16LE", "", "utf-16le"},       {"UTF-16BE", "", "UTF-16"},
+        {"UTF-8", "\xEF\xBB\xBF", nullptr},    {"UTF-16LE", "", "UTF-16"},
+        {"UTF-16LE", "", "utf-16le"},          {"UTF-16BE", "", "UTF-16"},
         {"UTF-16LE", "\xEF\xBB\xBF", nullptr}, {"UTF-16BE", "\xEF\xBB\xBF", nullptr},
     };
     for (const Form &f : forms) {
         SCOPED_TRACE(std::string(f.code) + (*f.mark ? " with mark" : " declared ") +
                      (f.declared ? f.declared : ""));
-        const std::string decl = f.declared ? std::string("<?xml version=\"1.0\" encoding=\"") +
-                                                  f.declared + "\"?>" : "";
-        TreeParse t(convert(f.mark + decl + body, f.code));
+        std::string decl;
+        if (f.declared != nullptr)
+            decl.append("<?xml version=\"1.0\" encoding=\"").append(f.declared).append("\"?>");
+        TreeParse t(convert(f.mark + decl.append(body), f.code));
         ASSERT_EQ(t.result, 0);
         EXPECT_EQ(dump(t.doc->first_child), expected);
         // The declared name stays on the document node; the strings are UTF-8.
@@ -107,7 +109,8 @@ TEST(DocumentFormsTest, LongMultibyteDocumentsArriveWhole)
     for (const char *code : {"EUC-JP", "Shift_JIS", "ISO-2022-JP"}) {
         SCOPED_TRACE(code);
         const std::string doc = convert(std::string("<?xml version=\"1.0\" encoding=\"") + code +
-                                            "\"?><r>" + text + "</r>", code);
+                                            "\"?><r>" + text + "</r>",
+                                        code);
         std::string got;
         for (const cblxml_test::Event &e : cblxml_test::parse_events(doc)) {
             EXPECT_NE(e.name, "EXCEPTION") << e;
@@ -175,4 +178,4 @@ TEST(DocumentFormsTest, ThePoolKnowsItsOwnRecords)
     cblxml::release_event(&pool, pooled);
 }
 
-} // namespace
+}  // namespace

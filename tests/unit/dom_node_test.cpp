@@ -165,8 +165,8 @@ TEST(Append, DocumentTakesOnlyElementsAndProcessingInstructions)
         xd_dom_node_t *(*make)();
         bool accepted;
     } rows[] = {
-        {[] { return element("root"); }, true},   {[] { return pi("t", "d"); }, true},
-        {[] { return text("x"); }, false},         {[] { return attribute("a", "1"); }, false},
+        {[] { return element("root"); }, true}, {[] { return pi("t", "d"); }, true},
+        {[] { return text("x"); }, false},      {[] { return attribute("a", "1"); }, false},
         {[] { return document(); }, false},
     };
     for (const auto &r : rows) {
@@ -249,8 +249,10 @@ TEST(FreeNode, UnlinkAdvancesOnlyTheHead)
         xd_dom_node_t *(*make)();
         bool isAttribute;
     } rows[] = {
-        {[] { return element("e"); }, false}, {[] { return text("t"); }, false},
-        {[] { return pi("p", "d"); }, false}, {[] { return attribute("a", "1"); }, true},
+        {[] { return element("e"); }, false},
+        {[] { return text("t"); }, false},
+        {[] { return pi("p", "d"); }, false},
+        {[] { return attribute("a", "1"); }, true},
     };
     for (const auto &r : rows) {
         NodePtr parent(element("parent"));
@@ -290,4 +292,4 @@ TEST(FreeNode, DeepTreeFreesWithoutExhaustingTheStack)
     kvt_xe_xml_dom_free_node(doc, 0);
 }
 
-} // namespace
+}  // namespace

@@ -20,14 +20,19 @@ std::string bytes(std::initializer_list<int> list)
 TEST(EncodingTest, RefusedDocumentsGiveOneExceptionAndNothingElse)
 {
     const std::string ebcdicDecl = cblxml_test::ebcdic("<?xml version=\"1.0\"?><a/>");
-    struct { const char *label; std::string document; uint32_t options; int32_t code; } cases[] = {
+    struct {
+        const char *label;
+        std::string document;
+        uint32_t options;
+        int32_t code;
+    } cases[] = {
         {"EBCDIC < without the EBCDIC declaration", cblxml_test::ebcdic("<a/>"), 0, 300},
         {"EBCDIC declaration without encoding", ebcdicDecl, 0, 300},
         {"ASCII < with EBCDIC program data", "<a/>", CBLXML_OPT_EBCDIC_DATA, 306},
         {"UTF-8 declaration with EBCDIC program data", "<?xml version=\"1.0\"?><a/>",
          CBLXML_OPT_EBCDIC_DATA, 306},
-        {"00 3C with EBCDIC program data", bytes({0x00, 0x3C, 0x00, 0x61}),
-         CBLXML_OPT_EBCDIC_DATA, 310},
+        {"00 3C with EBCDIC program data", bytes({0x00, 0x3C, 0x00, 0x61}), CBLXML_OPT_EBCDIC_DATA,
+         310},
         {"UTF-16LE declaration with EBCDIC program data",
          cblxml_test::national("<?xml version=\"1.0\"?><a/>"), CBLXML_OPT_EBCDIC_DATA, 310},
         {"any other start with EBCDIC program data", " <a/>", CBLXML_OPT_EBCDIC_DATA, 201},
@@ -82,4 +87,4 @@ TEST(EncodingTest, DeclaredNamesChooseTheEncoding)
     }
 }
 
-} // namespace
+}  // namespace

@@ -12,7 +12,7 @@
 #include <xercesc/util/XMLUni.hpp>
 
 #include "XmlDomHandlers/XmlDomHandlers.h"
-#include "XmlDomHandlers/event_record.h"
+#include "XmlParseErr/event_record.h"
 #include "XmlParseErr/perr_codes.h"
 #include "XmlParseErr/perr_handlers.h"
 #include "XmlParseErr/perr_text.h"
@@ -92,7 +92,8 @@ TEST(PerrCodes, EveryBranchOfTheTextDependentHandlers)
         {"BadXMLEncoding", BadXMLEncodingCode, u"<?xml x=\"1\"?>", 10, nullptr, 201},
         {"UnterminatedEntityRef", UnterminatedEntityRefCode, u"<a>lt x", 6, nullptr, 201},
         {"ExpectedDeclString", ExpectedDeclStringCode, u"<?xml version='1' ", 18, version, 101},
-        {"ExpectedEqSign", ExpectedEqSignCode, u"<?xml version='1' standalone ?>", 29, standalone, 201},
+        {"ExpectedEqSign", ExpectedEqSignCode, u"<?xml version='1' standalone ?>", 29, standalone,
+         201},
         {"ExpectedEqSign", ExpectedEqSignCode, u"<?xml x ?>", 7, nullptr, 201},
         {"UnterminatedStartTag", UnterminatedStartTagCode, u"<a b>", 3, nullptr, 201},
         {"UnterminatedStartTag", UnterminatedStartTagCode, u"/", 0, nullptr, 201},
@@ -106,8 +107,8 @@ TEST(PerrCodes, EveryBranchOfTheTextDependentHandlers)
     for (const CodeCase &c : cases) {
         xd_parse_info *last = c.lastEvent != nullptr ? new_event(c.lastEvent) : nullptr;
         const ErrorSite site{view(c.text), c.position, last};
-        EXPECT_EQ(c.classify(site), c.expected)
-            << c.handler << " at " << c.position << " of " << std::string(c.text.begin(), c.text.end());
+        EXPECT_EQ(c.classify(site), c.expected) << c.handler << " at " << c.position << " of "
+                                                << std::string(c.text.begin(), c.text.end());
         if (last != nullptr)
             kvt_xe_xmlparse_delete_info(last);
     }
@@ -172,7 +173,7 @@ Built run(int index, const std::u16string &text, int32_t position,
     xd_parse_info *record = new_event("EXCEPTION");
     record->prev = last != nullptr ? new_event(last) : nullptr;
     xml_perr_op_table[index](record, text.data(), static_cast<uint32_t>(text.size()), position, 1,
-                             &handler);
+                             handler);
     Built built{record->code, u"", std::string(record->event_name, CBLXML_EVENT_NAME_LEN),
                 record->next != nullptr};
     built.name.erase(built.name.find_last_not_of(' ') + 1);
@@ -198,8 +199,8 @@ TEST(PerrHandlers, PositionsOutsideTheTextAreClamped)
         if (index == 3 || index == 4 || index == 37)
             continue;  // their texts end elsewhere, checked below
         for (const auto &r : rows)
-            EXPECT_EQ(run(index, u"<a>x", r.position).text, r.expected) << index << " at "
-                                                                          << r.position;
+            EXPECT_EQ(run(index, u"<a>x", r.position).text, r.expected)
+                << index << " at " << r.position;
     }
     // A duplicate attribute with no tag before it.
     EXPECT_EQ(run(3, u"no tag", 500).text, u"");
@@ -228,4 +229,4 @@ TEST(PerrHandlers, SyntheticTexts)
     EXPECT_EQ(run(16, u"<?xml version='1' ", 18, nullptr).code, 103);
 }
 
-} // namespace
+}  // namespace

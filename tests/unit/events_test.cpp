@@ -20,7 +20,7 @@ struct Expected {
 
 struct EventCase {
     const char *label;
-    std::string document;  // UTF-8
+    std::string document;          // UTF-8
     std::vector<Expected> events;  // after START-OF-DOCUMENT, before END-OF-DOCUMENT
 };
 
@@ -36,9 +36,10 @@ std::vector<Event> expected_events(const EventCase &c, uint32_t form)
     out.push_back({"START-OF-DOCUMENT", 0, doc, false});
     for (const Expected &e : c.events) {
         const std::string name = e.name;
-        const bool wide = name == "CONTENT-NATIONAL-CHARACTER" ||
-                          name == "ATTRIBUTE-NATIONAL-CHARACTER";
-        out.push_back({name, 0, wide ? cblxml_test::national(e.text) : in_form(e.text, form), false});
+        const bool wide =
+            name == "CONTENT-NATIONAL-CHARACTER" || name == "ATTRIBUTE-NATIONAL-CHARACTER";
+        out.push_back(
+            {name, 0, wide ? cblxml_test::national(e.text) : in_form(e.text, form), false});
     }
     out.push_back({"END-OF-DOCUMENT", 0, "", true});
     return out;
@@ -47,6 +48,7 @@ std::vector<Event> expected_events(const EventCase &c, uint32_t form)
 const std::vector<EventCase> &cases()
 {
     static const std::vector<EventCase> all = {
+        // clang-format off
         {"references in attributes and content",
          R"(<a x="1&lt;2" y="&#65;">t&amp;u</a>)",
          {{"START-OF-ELEMENT", "a"}, {"ATTRIBUTE-NAME", "x"}, {"ATTRIBUTE-CHARACTERS", "1"},
@@ -118,6 +120,7 @@ const std::vector<EventCase> &cases()
          "<p>caf\xC3\xA9 \xE2\x82\xAC</p>",
          {{"START-OF-ELEMENT", "p"}, {"CONTENT-CHARACTERS", "caf\xC3\xA9 \xE2\x82\xAC"},
           {"END-OF-ELEMENT", "p"}}},
+        // clang-format on
     };
     return all;
 }
@@ -129,8 +132,7 @@ TEST_P(EventsTest, DocumentsGiveTheirEventsInOrder)
     const uint32_t form = GetParam();
     for (const EventCase &c : cases()) {
         SCOPED_TRACE(c.label);
-        EXPECT_EQ(parse_events(in_form(c.document, form), form),
-                  expected_events(c, form));
+        EXPECT_EQ(parse_events(in_form(c.document, form), form), expected_events(c, form));
     }
 }
 
@@ -175,4 +177,4 @@ TEST(EventsTest, AlphanumericOnly)
     }
 }
 
-} // namespace
+}  // namespace

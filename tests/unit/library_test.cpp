@@ -2,8 +2,8 @@
 // initialisation, and the command-line tool's error handling.
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
 #include <cstdlib>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -46,9 +46,17 @@ TEST(LibraryTest, ExportsOnlyItsEntries)
         if (std::string("TDBWV").find(type) != std::string::npos)
             symbols.insert(name);
     const std::set<std::string> wanted = {
-        "CBL_XMLPARSE_INTERFACE", "CBL_XMLPARSE_INTERFACE_WRAP", "CBL_XMLPARSE_EXCEPTION",
-        "CBL_XMLPARSE_EXCEPTION2", "CBL_XMLIO", "CBL_XMLIO_INTERFACE", "DMInit", "DMTerm", "DMGetCblData",
-        "DMSetCblData", "cblxml_register_services",
+        "CBL_XMLPARSE_INTERFACE",
+        "CBL_XMLPARSE_INTERFACE_WRAP",
+        "CBL_XMLPARSE_EXCEPTION",
+        "CBL_XMLPARSE_EXCEPTION2",
+        "CBL_XMLIO",
+        "CBL_XMLIO_INTERFACE",
+        "DMInit",
+        "DMTerm",
+        "DMGetCblData",
+        "DMSetCblData",
+        "cblxml_register_services",
     };
     for (const std::string &name : wanted)
         EXPECT_TRUE(symbols.count(name)) << name << " is not exported";
@@ -77,6 +85,7 @@ TEST(LibraryInitChild, CountsTheLocks)
     services.thread_unlock = [] { mutex.unlock(); };
     ASSERT_EQ(cblxml_register_services(&services), 0);
     std::vector<std::thread> threads;
+    threads.reserve(4);
     std::atomic<int> good{0};
     for (int t = 0; t < 4; ++t)
         threads.emplace_back([&] {
@@ -110,13 +119,12 @@ TEST(LibraryTest, ToolReportsBadUseWithStatusTwo)
 {
     const std::string tool = CBLXML_PARSE_TOOL;
     const std::string sample = std::string(CBLXML_TEST_DATA) + "/../../examples/data/order.xml";
-    struct { std::string args; int exit; } cases[] = {
-        {"/no/such/file.xml", 2},
-        {"/", 2},
-        {"--bogus " + sample, 2},
-        {"--options x " + sample, 2},
-        {"", 2},
-        {sample, 0},
+    struct {
+        std::string args;
+        int exit;
+    } cases[] = {
+        {"/no/such/file.xml", 2},     {"/", 2}, {"--bogus " + sample, 2},
+        {"--options x " + sample, 2}, {"", 2},  {sample, 0},
         {"--national " + sample, 0},
     };
     for (const auto &c : cases) {
@@ -130,4 +138,4 @@ TEST(LibraryTest, ToolReportsBadUseWithStatusTwo)
     }
 }
 
-} // namespace
+}  // namespace

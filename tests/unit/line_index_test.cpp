@@ -35,7 +35,9 @@ TEST(LineIndexTest, AnyOrderOfLinesGivesTheWalkedStarts)
 {
     std::u16string many;
     for (int i = 0; i < 300; ++i)
-        many += std::u16string(static_cast<size_t>(i % 7), u'x') + (i % 3 == 0 ? u"\r\n" : i % 3 == 1 ? u"\n" : u"\r");
+        many += std::u16string(static_cast<size_t>(i % 7), u'x') + (i % 3 == 0   ? u"\r\n"
+                                                                    : i % 3 == 1 ? u"\n"
+                                                                                 : u"\r");
     const struct {
         std::u16string text;
         uint32_t first;
@@ -52,9 +54,9 @@ TEST(LineIndexTest, AnyOrderOfLinesGivesTheWalkedStarts)
         const auto length = static_cast<uint32_t>(c.text.size());
         std::vector<uint64_t> order;
         for (uint64_t line = 0; line <= starts.size() + 2; ++line)
-            order.push_back(line);                  // forward
+            order.push_back(line);  // forward
         for (uint64_t line = starts.size() + 2; line > 0; --line)
-            order.push_back(line);                  // backward
+            order.push_back(line);  // backward
         for (uint64_t k = 0; k < 200; ++k)
             order.push_back((k * 7919) % (starts.size() + 3));  // scattered
         LineIndex index;
@@ -65,4 +67,4 @@ TEST(LineIndexTest, AnyOrderOfLinesGivesTheWalkedStarts)
     }
 }
 
-} // namespace
+}  // namespace

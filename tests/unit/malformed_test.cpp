@@ -22,10 +22,10 @@ using cblxml_test::parse_events;
 namespace {
 
 struct MalformedCase {
-    int index;           // the error-op table slot the parser's error maps to; 0 for none
+    int index;  // the error-op table slot the parser's error maps to; 0 for none
     std::string document;
-    int32_t code;        // XML-CODE of the final "EXCEPTION"
-    std::string text;    // its text: the document through the error
+    int32_t code;             // XML-CODE of the final "EXCEPTION"
+    std::string text;         // its text: the document through the error
     std::string before = {};  // "name|text" of the event before it, when that matters
 };
 
@@ -38,6 +38,7 @@ struct MalformedCase {
 const std::vector<MalformedCase> &malformed_cases()
 {
     static const std::vector<MalformedCase> cases = {
+        // clang-format off
         {1, "  "s, 102, "  "s},
         {1, "<!-- c -->"s, 102, "<!-- c -->"s},
         {1, "x<a/>"s, 102, "x"s},
@@ -158,6 +159,7 @@ const std::vector<MalformedCase> &malformed_cases()
         {0, " <?xml version=\"1.0\"?><a/>"s, 201, " <?xml v"s},
         {0, "<a><!x</a>"s, 201, "<a><!"s},
         {0, "<?xml version=\"1.0\" encoding=\"UTF-8\"?><a>\xC3</a>"s, 201, "<?xml version=\"1.0\" encoding=\"UTF-8\"?><"s},
+        // clang-format on
     };
     return cases;
 }
@@ -199,8 +201,8 @@ TEST(MalformedTest, NationalTextsAreTheSameCharacters)
                                "<?xml version=\"1.0\" encoding=\"1abc\"?><a/>"};
     for (const char *document : documents) {
         const std::vector<Event> alpha = parse_events(document);
-        const std::vector<Event> wide = parse_events(cblxml_test::national(document),
-                                                     CBLXML_OPT_NATIONAL);
+        const std::vector<Event> wide =
+            parse_events(cblxml_test::national(document), CBLXML_OPT_NATIONAL);
         ASSERT_FALSE(wide.empty());
         EXPECT_EQ(wide.back().code, alpha.back().code) << document;
         EXPECT_EQ(wide.back().text, cblxml_test::national(alpha.back().text)) << document;
@@ -294,4 +296,4 @@ TEST(MalformedTreeTest, ErrorRecordAndResult)
     EXPECT_EQ(unrecorded.record.message, nullptr);
 }
 
-} // namespace
+}  // namespace

@@ -20,7 +20,12 @@ constexpr int32_t kEbcdic = 3;
 constexpr uint32_t kNum = DM_CLASS_NUMERIC_EDITED;
 constexpr uint32_t kAlnum = DM_CLASS_ALNUM_EDITED;
 
-enum SignPosition : uint32_t { kTrailing = 1, kLeading = 2, kTrailingSep = 3, kLeadingSep = 4 };
+enum SignPosition : uint32_t {
+    kTrailing = 1,
+    kLeading = 2,
+    kTrailingSep = 3,
+    kLeadingSep = 4
+};
 
 dm_item_desc alnum(uint32_t length)
 {
@@ -71,10 +76,7 @@ std::string machine_order(std::string bigEndian)
     return bigEndian;
 }
 
-std::string b(const char *bytes, size_t n)
-{
-    return std::string(bytes, n);
-}
+std::string b(const char *bytes, size_t n) { return std::string(bytes, n); }
 
 // Text stored into an item that held other bytes: the item's golden bytes
 // and the status; a stored item then reads back as `back` (UTF-8). A
@@ -287,10 +289,7 @@ TEST(DataMapTest, EveryEbcdicByteRoundTrips)
 // Sets an environment variable for its lifetime.
 struct ScopedEnv {
     const char *name;
-    ScopedEnv(const char *variable, const char *value) : name(variable)
-    {
-        setenv(name, value, 1);
-    }
+    ScopedEnv(const char *variable, const char *value) : name(variable) { setenv(name, value, 1); }
     ~ScopedEnv() { unsetenv(name); }
 };
 
@@ -343,7 +342,9 @@ TEST(DataMapTest, TooSmallRoomWritesNothingBeyondIt)
         EXPECT_EQ(length, room < 6 ? 0u : 6u) << room;
         EXPECT_EQ(text.substr(room), std::string(8 - room, 'x')) << room;
         if (room == 6) {
-            EXPECT_EQ(text.substr(0, 6), b("a\xE2\x82\xAC" "b\0", 6));
+            EXPECT_EQ(text.substr(0, 6), b("a\xE2\x82\xAC"
+                                           "b\0",
+                                           6));
         }
     }
     // Float forms give no terminator: a room of the text's size is enough.
@@ -363,12 +364,9 @@ TEST(DataMapTest, StoredSizeFitsTheTextExactly)
         std::string utf8;
         uint32_t size;
     } rows[] = {
-        {kEbcdic, alnum(1), "a\xE2\x82\xAC", 2},
-        {kEbcdic, alnum(1), "a\xE4\xB8\xAD", 2},
-        {kNative, alnum(1), "a\xE2\x82\xAC", 4},
-        {kNative, alnum(1), "a\xFF\xFF", 3},
-        {kNational, national(2), "a\xF0\x9F\x98\x80", 6},
-        {kNational, national(2), "", 0},
+        {kEbcdic, alnum(1), "a\xE2\x82\xAC", 2},          {kEbcdic, alnum(1), "a\xE4\xB8\xAD", 2},
+        {kNative, alnum(1), "a\xE2\x82\xAC", 4},          {kNative, alnum(1), "a\xFF\xFF", 3},
+        {kNational, national(2), "a\xF0\x9F\x98\x80", 6}, {kNational, national(2), "", 0},
     };
     for (const auto &r : rows) {
         MapHandle map = open_map(r.kind);
@@ -408,8 +406,8 @@ TEST(DataMapTest, RefusedArgumentsLeaveTheItemAlone)
     EXPECT_EQ(std::string(item, 3), "abc");
     DMTerm(nullptr);
     // An unsupported description: nothing stored, no text.
-    for (const dm_item_desc &bad : {describe(99, DM_USAGE_DISPLAY, 3), describe(0, 0, 3),
-                                    describe(DM_CLASS_NUMERIC, 4, 3)}) {
+    for (const dm_item_desc &bad :
+         {describe(99, DM_USAGE_DISPLAY, 3), describe(0, 0, 3), describe(DM_CLASS_NUMERIC, 4, 3)}) {
         EXPECT_EQ(DMSetCblData(map.get(), &bad, item, DM_FORM_UTF8, "1", 1), 1);
         EXPECT_EQ(std::string(item, 3), "abc");
         std::memset(text, 'x', sizeof text);
@@ -430,4 +428,4 @@ TEST(DataMapTest, RefusedArgumentsLeaveTheItemAlone)
     EXPECT_EQ(length, 0u);
 }
 
-} // namespace
+}  // namespace

@@ -29,7 +29,8 @@ void *host_begin(void *, intptr_t, intptr_t) { return &host_token; }
 void host_resume(void *handle) { host_log.resumed = handle; }
 const char *host_env(const char *) { return "from-host"; }
 
-cblxml_services full_table() {
+cblxml_services full_table()
+{
     cblxml_services table{};
     table.size = sizeof(table);
     table.thread_lock = host_lock;
@@ -42,7 +43,8 @@ cblxml_services full_table() {
 
 class Services : public ::testing::Test {
 protected:
-    void SetUp() override {
+    void SetUp() override
+    {
         host_log = HostLog{};
         ASSERT_EQ(cblxml_register_services(nullptr), 0);
     }
@@ -59,7 +61,8 @@ struct RegistrationCase {
     bool hostHooks;
 };
 
-cblxml_services with(cblxml_services table, uint32_t size, bool envOnly, bool halfPair) {
+cblxml_services with(cblxml_services table, uint32_t size, bool envOnly, bool halfPair)
+{
     if (size != 0)
         table.size = size;
     if (envOnly) {
@@ -72,7 +75,8 @@ cblxml_services with(cblxml_services table, uint32_t size, bool envOnly, bool ha
     return table;
 }
 
-TEST_F(Services, RegistrationsDecideWhichServicesAnswer) {
+TEST_F(Services, RegistrationsDecideWhichServicesAnswer)
+{
     const cblxml_services full = full_table();
     const cblxml_services none{};  // registered as a null table
     const RegistrationCase cases[] = {
@@ -82,10 +86,15 @@ TEST_F(Services, RegistrationsDecideWhichServicesAnswer) {
         {"a null table restores every default", {{full, 0}, {none, 0}}, false, false, false},
         // An older host whose table ends after the lock pair.
         {"fields beyond the declared size are absent",
-         {{with(full, offsetof(cblxml_services, exception_begin), false, false), 0}}, true, false,
+         {{with(full, offsetof(cblxml_services, exception_begin), false, false), 0}},
+         true,
+         false,
          false},
-        {"a table too small is refused", {{with(full, sizeof(uint32_t), false, false), 1}}, false,
-         false, false},
+        {"a table too small is refused",
+         {{with(full, sizeof(uint32_t), false, false), 1}},
+         false,
+         false,
+         false},
         {"half a lock pair is refused", {{with(full, 0, false, true), 1}}, false, false, false},
     };
     for (const RegistrationCase &c : cases) {
@@ -116,9 +125,11 @@ TEST_F(Services, RegistrationsDecideWhichServicesAnswer) {
 // The default lock may be taken again by its holder and excludes other
 // threads; an unlock releases the lock that was taken, even after a host
 // registered its own; an unlock without a lock is ignored.
-TEST_F(Services, DefaultLock) {
+TEST_F(Services, DefaultLock)
+{
     long counter = 0;
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int t = 0; t < 4; ++t)
         threads.emplace_back([&counter] {
             for (int i = 0; i < 20000; ++i) {
@@ -134,8 +145,8 @@ TEST_F(Services, DefaultLock) {
     platform::thread_lock();
     const cblxml_services table = full_table();
     ASSERT_EQ(cblxml_register_services(&table), 0);
-    platform::thread_unlock(); // must release the default mutex, not call the host
-    platform::thread_unlock(); // without a lock: ignored
+    platform::thread_unlock();  // must release the default mutex, not call the host
+    platform::thread_unlock();  // without a lock: ignored
     EXPECT_EQ(host_log.unlocks, 0);
     ASSERT_EQ(cblxml_register_services(nullptr), 0);
     std::atomic<bool> taken{false};
@@ -147,4 +158,4 @@ TEST_F(Services, DefaultLock) {
     EXPECT_TRUE(taken) << "the default mutex is free again";
 }
 
-} // namespace
+}  // namespace

@@ -65,7 +65,7 @@ struct TempDir {
     ~TempDir() { std::filesystem::remove_all(path); }
     std::string write(const std::string &name, const std::string &content) const
     {
-        const std::string file = path + "/" + name;
+        std::string file = path + "/" + name;
         std::ofstream(file, std::ios::binary) << content;
         return file;
     }
@@ -312,11 +312,10 @@ TEST(GrammarPathTest, ValidatingParsesReadGrammarsFromTheGrammarDirectoriesOnly)
     TempDir elsewhere;
     const std::string dtd = grammars.write("r.dtd", "<!ELEMENT r (c)><!ELEMENT c EMPTY>");
     const std::string outside = elsewhere.write("r.dtd", "<!ELEMENT r (c)><!ELEMENT c EMPTY>");
-    grammars.write("r.xsd",
-                   "<xs:schema xmlns:xs=\"http://www.w3.org/2001/XMLSchema\">"
-                   "<xs:element name=\"r\"><xs:complexType><xs:sequence>"
-                   "<xs:element name=\"c\"/></xs:sequence></xs:complexType></xs:element>"
-                   "</xs:schema>");
+    grammars.write("r.xsd", "<xs:schema xmlns:xs=\"http://www.w3.org/2001/XMLSchema\">"
+                            "<xs:element name=\"r\"><xs:complexType><xs:sequence>"
+                            "<xs:element name=\"c\"/></xs:sequence></xs:complexType></xs:element>"
+                            "</xs:schema>");
     GrammarPath use(grammars.path);
     LoopbackServer server("<!ELEMENT r ANY>");
     const std::string xsi = R"( xmlns:xsi="http://www.w3.org/2001/XMLSchema-instance")";
@@ -356,8 +355,8 @@ TEST(GrammarPathTest, GeneralEntitiesStayRefusedInsideTheGrammarDirectories)
 {
     TempDir grammars;
     const std::string text = grammars.write("text.ent", kCanary);
-    const std::string dtd = grammars.write(
-        "r.dtd", "<!ELEMENT r (#PCDATA)><!ENTITY e SYSTEM \"" + text + "\">");
+    const std::string dtd =
+        grammars.write("r.dtd", "<!ELEMENT r (#PCDATA)><!ENTITY e SYSTEM \"" + text + "\">");
     GrammarPath use(grammars.path);
     AccessWatch watch;
     ASSERT_TRUE(watch.watch(text));
@@ -567,8 +566,9 @@ TEST(SecurityTest, LimitsLeaveRoomForOrdinaryEntityUse)
 // fixed name buffer it overflowed. Such a name now counts as unknown.
 TEST(SecurityTest, DeclaredEncodingNamesOutsideAsciiAreNotPassedOn)
 {
-    const std::vector<std::string> names = {std::string(30, '\xFF'), "\xC3\xA9" + std::string(40, 'x'),
-                                            std::string(70, 'A'), "UTF-8\x8D\x8B\x9E\x91\x9B\x9E\x93"};
+    const std::vector<std::string> names = {std::string(30, '\xFF'),
+                                            "\xC3\xA9" + std::string(40, 'x'), std::string(70, 'A'),
+                                            "UTF-8\x8D\x8B\x9E\x91\x9B\x9E\x93"};
     for (const std::string &name : names) {
         const std::string document = "<?xml version=\"1.0\" encoding=\"" + name + "\"?><r/>";
         for (uint32_t options : {0u, uint32_t{CBLXML_OPT_TREE}, uint32_t{CBLXML_OPT_VALIDATE},
@@ -579,5 +579,4 @@ TEST(SecurityTest, DeclaredEncodingNamesOutsideAsciiAreNotPassedOn)
     }
 }
 
-} // namespace
-
+}  // namespace

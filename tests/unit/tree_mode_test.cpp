@@ -102,4 +102,4 @@ TEST(TreeModeTest, Utf16DocumentsAreRead)
     EXPECT_EQ(value(r->first_child), "\xE2\x82\xAC");
 }
 
-} // namespace
+}  // namespace

@@ -19,17 +19,18 @@ TEST(Unicode, Utf8ToUtf16ReplacesWhatIsMalformed)
         std::string utf8;
         std::u16string utf16;
     } rows[] = {
-        {"a\xC3\xA9\xE2\x82\xAC\xEF\xBF\xBF\xF0\x9F\x98\x80\xF4\x8F\xBF\xBF", u"a\u00E9\u20AC\uFFFF\U0001F600\U0010FFFF"},
+        {"a\xC3\xA9\xE2\x82\xAC\xEF\xBF\xBF\xF0\x9F\x98\x80\xF4\x8F\xBF\xBF",
+         u"a\u00E9\u20AC\uFFFF\U0001F600\U0010FFFF"},
         {std::string("a\0b", 3), std::u16string(u"a\0b", 3)},
-        {"a\x80z", u"a\uFFFDz"},                                // lone continuation
-        {"a\xE2\x82", u"a\uFFFD"},                              // truncated at the end
-        {"\xE2\x82z", u"\uFFFDz"},                              // truncated, then ASCII
-        {"\xC0\xAF", u"\uFFFD\uFFFD"},                          // overlong
-        {"\xE0\x80\xAF", u"\uFFFD\uFFFD\uFFFD"},                // overlong, three bytes
-        {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"},                // an encoded surrogate
-        {"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD"},      // beyond U+10FFFF
-        {"\xFF\xFE", u"\uFFFD\uFFFD"},                          // never a lead byte
-        {"caf\xE9!", u"caf\uFFFD!"},                            // Latin-1
+        {"a\x80z", u"a\uFFFDz"},                            // lone continuation
+        {"a\xE2\x82", u"a\uFFFD"},                          // truncated at the end
+        {"\xE2\x82z", u"\uFFFDz"},                          // truncated, then ASCII
+        {"\xC0\xAF", u"\uFFFD\uFFFD"},                      // overlong
+        {"\xE0\x80\xAF", u"\uFFFD\uFFFD\uFFFD"},            // overlong, three bytes
+        {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"},            // an encoded surrogate
+        {"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD"},  // beyond U+10FFFF
+        {"\xFF\xFE", u"\uFFFD\uFFFD"},                      // never a lead byte
+        {"caf\xE9!", u"caf\uFFFD!"},                        // Latin-1
     };
     for (const auto &r : rows) {
         EXPECT_EQ(utf8_to_utf16(r.utf8.data(), r.utf8.size()), r.utf16) << r.utf8;
@@ -74,4 +75,4 @@ TEST(Unicode, EveryScalarValueRoundTrips)
     EXPECT_EQ(utf16_units_of_utf8(nullptr, 5), 0u);
 }
 
-} // namespace
+}  // namespace

@@ -6,6 +6,7 @@
 // Exit status: 0 all as expected, 1 a difference, a failure, a deviation
 // without its reason or a rate below its minimum, 2 a usage or set-up
 // error, 77 the suite folder is absent (the test is skipped).
+#include <cmath>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -34,10 +35,10 @@ namespace {
 constexpr int SkipStatus = 77;
 
 struct Options {
-    std::string suite;       // the folder that holds cases.tsv and xmlconf/
-    std::string expected;    // the committed outcome file
-    std::string reasons;     // the committed deviation reasons
-    bool update = false;     // write the outcome file instead of comparing
+    std::string suite;     // the folder that holds cases.tsv and xmlconf/
+    std::string expected;  // the committed outcome file
+    std::string reasons;   // the committed deviation reasons
+    bool update = false;   // write the outcome file instead of comparing
     bool listDeviations = false;
     IsolationLimits limits;
 };
@@ -113,8 +114,8 @@ std::string parse_in_child(const std::string &document, uint32_t options)
     if (!leaks.empty())
         return "FAILURE: " + leaks;
     if (!(first == second))
-        return "FAILURE: two parses of the same document ended differently: " +
-               outcome_of(first) + " / " + outcome_of(second);
+        return "FAILURE: two parses of the same document ended differently: " + outcome_of(first) +
+               " / " + outcome_of(second);
     return outcome_of(first);
 }
 
@@ -177,6 +178,7 @@ int run(Options o)
     const auto started = std::chrono::steady_clock::now();
     const std::vector<SuiteCase> cases = read_fifth_edition_cases(o.suite + "/cases.tsv");
     std::vector<std::string> documents;
+    documents.reserve(cases.size());
     for (const SuiteCase &c : cases)
         documents.push_back(read_bytes(o.suite + "/" + c.path));
 
@@ -222,15 +224,15 @@ int run(Options o)
     print_lines("deviation reasons to fix:", reasonProblems);
     const double seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
-    std::cout << results.size() << " runs in " << static_cast<int>(seconds + 0.5) << " s"
+    std::cout << results.size() << " runs in " << std::lround(seconds) << " s"
               << (o.update ? "; expected outcomes written to " + o.expected : std::string())
               << '\n';
     const bool good = failures.empty() && diff.empty() && reasonProblems.empty() && ratesMet;
     return good ? 0 : 1;
 }
 
-} // namespace
-} // namespace conformance
+}  // namespace
+}  // namespace conformance
 
 int main(int argc, char **argv)
 {

@@ -12,15 +12,14 @@ namespace {
 // does not end.
 constexpr uint64_t EventLimit = 1000000;
 
-} // namespace
+}  // namespace
 
 bool DeliverySummary::operator==(const DeliverySummary &o) const
 {
-    return events == o.events && eventsAfterEnd == o.eventsAfterEnd &&
-           exceptions == o.exceptions && lastExceptionCode == o.lastExceptionCode &&
-           lastIsEnd == o.lastIsEnd && lastIsException == o.lastIsException &&
-           terminalRecord == o.terminalRecord && overEventLimit == o.overEventLimit &&
-           std::strcmp(lastName, o.lastName) == 0;
+    return events == o.events && eventsAfterEnd == o.eventsAfterEnd && exceptions == o.exceptions &&
+           lastExceptionCode == o.lastExceptionCode && lastIsEnd == o.lastIsEnd &&
+           lastIsException == o.lastIsException && terminalRecord == o.terminalRecord &&
+           overEventLimit == o.overEventLimit && std::strcmp(lastName, o.lastName) == 0;
 }
 
 DeliverySummary deliver_all_events(const std::string &document, uint32_t options)
@@ -68,4 +67,4 @@ std::string outcome_of(const DeliverySummary &s)
            (s.lastName[0] != '\0' ? s.lastName : "blank");
 }
 
-} // namespace conformance
+}  // namespace conformance

@@ -19,7 +19,7 @@ struct DeliverySummary {
     bool lastIsException = false;
     bool terminalRecord = false;  // a code of -1: the caller may not call again
     bool overEventLimit = false;
-    char lastName[31] = {};       // the last event's name, blanks removed
+    char lastName[31] = {};  // the last event's name, blanks removed
 
     bool operator==(const DeliverySummary &o) const;
 };
@@ -32,6 +32,6 @@ DeliverySummary deliver_all_events(const std::string &document, uint32_t options
 // end" (the parse went on after a recoverable error), or "FAILURE: ...".
 std::string outcome_of(const DeliverySummary &summary);
 
-} // namespace conformance
+}  // namespace conformance
 
 #endif

@@ -131,9 +131,8 @@ std::string abnormal_end(int status, unsigned timeoutSeconds)
 }
 
 // Takes in what a finished child wrote and queues what is left to do.
-void settle(const Child &child, int status, const std::string &written,
-            unsigned timeoutSeconds, std::vector<std::string> &results,
-            std::deque<Batch> &pending)
+void settle(const Child &child, int status, const std::string &written, unsigned timeoutSeconds,
+            std::vector<std::string> &results, std::deque<Batch> &pending)
 {
     std::map<size_t, std::string> reported;
     std::string checkProblem;
@@ -182,10 +181,9 @@ void settle(const Child &child, int status, const std::string &written,
         pending.push_back(Batch{{index}, true});
 }
 
-} // namespace
+}  // namespace
 
-std::vector<std::string> run_isolated(size_t count,
-                                      const std::function<std::string(size_t)> &job,
+std::vector<std::string> run_isolated(size_t count, const std::function<std::string(size_t)> &job,
                                       const std::function<std::string()> &batchCheck,
                                       const IsolationLimits &limits)
 {
@@ -226,4 +224,4 @@ std::vector<std::string> run_isolated(size_t count,
     return results;
 }
 
-} // namespace conformance
+}  // namespace conformance

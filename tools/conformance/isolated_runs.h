@@ -23,11 +23,10 @@ struct IsolationLimits {
 // say) during that job. After its batch a child calls `batchCheck`; when
 // that reports a problem, each job of the batch runs again alone to find
 // the one at fault. Throws std::runtime_error when no child can be started.
-std::vector<std::string> run_isolated(size_t count,
-                                      const std::function<std::string(size_t)> &job,
+std::vector<std::string> run_isolated(size_t count, const std::function<std::string(size_t)> &job,
                                       const std::function<std::string()> &batchCheck,
                                       const IsolationLimits &limits);
 
-} // namespace conformance
+}  // namespace conformance
 
 #endif

@@ -20,6 +20,6 @@ std::string leaks_since_mark();
 // build cannot tell.
 std::string unreachable_blocks();
 
-} // namespace conformance
+}  // namespace conformance
 
 #endif

@@ -32,24 +32,15 @@ void *counted(void *block)
     return block;
 }
 
-size_t page_size()
-{
-    return static_cast<size_t>(sysconf(_SC_PAGESIZE));
-}
+size_t page_size() { return static_cast<size_t>(sysconf(_SC_PAGESIZE)); }
 
-} // namespace
+}  // namespace
 
 extern "C" {
 
-void *malloc(size_t size)
-{
-    return counted(__libc_malloc(size));
-}
+void *malloc(size_t size) { return counted(__libc_malloc(size)); }
 
-void *calloc(size_t count, size_t size)
-{
-    return counted(__libc_calloc(count, size));
-}
+void *calloc(size_t count, size_t size) { return counted(__libc_calloc(count, size)); }
 
 void free(void *block)
 {
@@ -72,15 +63,9 @@ void *realloc(void *block, size_t size)
     return __libc_realloc(block, size);
 }
 
-void *memalign(size_t alignment, size_t size)
-{
-    return counted(__libc_memalign(alignment, size));
-}
+void *memalign(size_t alignment, size_t size) { return counted(__libc_memalign(alignment, size)); }
 
-void *aligned_alloc(size_t alignment, size_t size)
-{
-    return memalign(alignment, size);
-}
+void *aligned_alloc(size_t alignment, size_t size) { return memalign(alignment, size); }
 
 int posix_memalign(void **out, size_t alignment, size_t size)
 {
@@ -94,10 +79,7 @@ int posix_memalign(void **out, size_t alignment, size_t size)
     return 0;
 }
 
-void *valloc(size_t size)
-{
-    return memalign(page_size(), size);
-}
+void *valloc(size_t size) { return memalign(page_size(), size); }
 
 void *pvalloc(size_t size)
 {
@@ -105,14 +87,11 @@ void *pvalloc(size_t size)
     return memalign(page, (size + page - 1) / page * page);
 }
 
-} // extern "C"
+}  // extern "C"
 
 namespace conformance {
 
-void mark_heap()
-{
-    markedBlocks = liveBlocks.load(std::memory_order_relaxed);
-}
+void mark_heap() { markedBlocks = liveBlocks.load(std::memory_order_relaxed); }
 
 std::string leaks_since_mark()
 {
@@ -122,9 +101,6 @@ std::string leaks_since_mark()
     return std::to_string(left) + " heap blocks left behind";
 }
 
-std::string unreachable_blocks()
-{
-    return "";
-}
+std::string unreachable_blocks() { return ""; }
 
-} // namespace conformance
+}  // namespace conformance

@@ -8,14 +8,11 @@ namespace conformance {
 
 void mark_heap() {}
 
-std::string leaks_since_mark()
-{
-    return "";
-}
+std::string leaks_since_mark() { return ""; }
 
 std::string unreachable_blocks()
 {
     return __lsan_do_recoverable_leak_check() != 0 ? "leak (report above)" : "";
 }
 
-} // namespace conformance
+}  // namespace conformance

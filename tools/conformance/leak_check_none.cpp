@@ -5,14 +5,8 @@ namespace conformance {
 
 void mark_heap() {}
 
-std::string leaks_since_mark()
-{
-    return "";
-}
+std::string leaks_since_mark() { return ""; }
 
-std::string unreachable_blocks()
-{
-    return "";
-}
+std::string unreachable_blocks() { return ""; }
 
-} // namespace conformance
+}  // namespace conformance

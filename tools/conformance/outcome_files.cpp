@@ -13,10 +13,7 @@ std::string key_of(const std::string &options, const std::string &id)
     return options + "\t" + id;
 }
 
-std::string key_of(const TestResult &r)
-{
-    return key_of(std::to_string(r.options), r.test->id);
-}
+std::string key_of(const TestResult &r) { return key_of(std::to_string(r.options), r.test->id); }
 
 // The second tab-separated field ends the key: option word and id.
 std::string key_of_line(const std::string &line, size_t idField)
@@ -60,7 +57,7 @@ std::map<std::string, std::string> read_reasons(const std::string &file)
     return reasons;
 }
 
-} // namespace
+}  // namespace
 
 std::string outcome_line(const TestResult &r)
 {
@@ -139,4 +136,4 @@ std::vector<std::string> deviation_list(const std::string &reasonsFile,
     return lines;
 }
 
-} // namespace conformance
+}  // namespace conformance

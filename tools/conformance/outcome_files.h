@@ -33,6 +33,6 @@ std::vector<std::string> check_reasons(const std::string &file,
 std::vector<std::string> deviation_list(const std::string &reasonsFile,
                                         const std::vector<TestResult> &results);
 
-} // namespace conformance
+}  // namespace conformance
 
 #endif

@@ -7,7 +7,17 @@
 namespace conformance {
 namespace {
 
-enum Column { Path, Type, Entities, Id, Version, Edition, Recommendation, Namespace, ColumnsNeeded };
+enum Column {
+    Path,
+    Type,
+    Entities,
+    Id,
+    Version,
+    Edition,
+    Recommendation,
+    Namespace,
+    ColumnsNeeded
+};
 
 std::vector<std::string> split_tabs(const std::string &line)
 {
@@ -41,7 +51,7 @@ bool holds_for_xml10_fifth_edition(const std::vector<std::string> &f)
     return version10 && recommendation10 && edition5;
 }
 
-} // namespace
+}  // namespace
 
 std::vector<SuiteCase> read_fifth_edition_cases(const std::string &casesFile)
 {
@@ -63,4 +73,4 @@ std::vector<SuiteCase> read_fifth_edition_cases(const std::string &casesFile)
     return cases;
 }
 
-} // namespace conformance
+}  // namespace conformance

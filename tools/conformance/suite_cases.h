@@ -21,6 +21,6 @@ struct SuiteCase {
 // std::runtime_error when the list cannot be read or a line is short.
 std::vector<SuiteCase> read_fifth_edition_cases(const std::string &casesFile);
 
-} // namespace conformance
+}  // namespace conformance
 
 #endif

@@ -7,15 +7,9 @@
 namespace conformance {
 namespace {
 
-bool accepted(const std::string &outcome)
-{
-    return outcome == "end";
-}
+bool accepted(const std::string &outcome) { return outcome == "end"; }
 
-bool rejected(const std::string &outcome)
-{
-    return outcome.compare(0, 10, "exception ") == 0;
-}
+bool rejected(const std::string &outcome) { return outcome.compare(0, 10, "exception ") == 0; }
 
 // The acceptance asks, of the documents that need no external entity, for
 // at least this share of the suite's verdict.
@@ -39,17 +33,16 @@ struct Counts {
     size_t namespacesOff = 0;  // ENTITIES none, meant for a parser without namespaces
 };
 
-std::string format_line(const char *type, uint32_t options, const Counts &c,
-                        const RateRule *rule, bool &ratesMet)
+std::string format_line(const char *type, uint32_t options, const Counts &c, const RateRule *rule,
+                        bool &ratesMet)
 {
     char line[400];
-    int n = std::snprintf(line, sizeof line,
-                          "%-7s options %-2u %4zu tests: %4zu end, %4zu exception, %zu failure",
-                          type, static_cast<unsigned>(options), c.tests, c.ends, c.exceptions,
-                          c.failures);
+    int n = std::snprintf(
+        line, sizeof line, "%-7s options %-2u %4zu tests: %4zu end, %4zu exception, %zu failure",
+        type, static_cast<unsigned>(options), c.tests, c.ends, c.exceptions, c.failures);
     if (rule != nullptr && c.standalone > 0 && n > 0) {
-        const double rate = 100.0 * static_cast<double>(c.standaloneMeeting) /
-                            static_cast<double>(c.standalone);
+        const double rate =
+            100.0 * static_cast<double>(c.standaloneMeeting) / static_cast<double>(c.standalone);
         const bool met = rate >= MinimumRate;
         ratesMet = ratesMet && met;
         std::snprintf(line + n, sizeof line - static_cast<size_t>(n),
@@ -61,12 +54,9 @@ std::string format_line(const char *type, uint32_t options, const Counts &c,
     return line;
 }
 
-} // namespace
+}  // namespace
 
-bool is_failure(const std::string &outcome)
-{
-    return !accepted(outcome) && !rejected(outcome);
-}
+bool is_failure(const std::string &outcome) { return !accepted(outcome) && !rejected(outcome); }
 
 bool deviates(const TestResult &r)
 {
@@ -126,4 +116,4 @@ std::vector<std::string> summary_lines(const std::vector<TestResult> &results, b
     return lines;
 }
 
-} // namespace conformance
+}  // namespace conformance

@@ -32,6 +32,6 @@ bool deviates(const TestResult &result);
 // `ratesMet` is cleared when a rate falls below its minimum.
 std::vector<std::string> summary_lines(const std::vector<TestResult> &results, bool &ratesMet);
 
-} // namespace conformance
+}  // namespace conformance
 
 #endif

@@ -257,10 +257,7 @@ std::vector<Item> parse_items(std::string_view text)
 
 Record::Record(std::string_view text) : Record(parse_items(text)) {}
 
-Record::Record(std::vector<Item> items) : items_(std::move(items))
-{
-    compile();
-}
+Record::Record(std::vector<Item> items) : items_(std::move(items)) { compile(); }
 
 void Record::compile()
 {
