@@ -82,6 +82,17 @@ int fail(xd_dom_node_t **out)
     return 1;
 }
 
+// Frees a node that a constructor was still building (its strings are null
+// until copied) and reports the failure.
+int discard(xd_dom_node_t *node, xd_dom_node_t **out)
+{
+    std::free(node->value);
+    std::free(node->namespace_uri);
+    std::free(node->name);
+    std::free(node);
+    return fail(out);
+}
+
 int succeed(xd_dom_node_t **out, xd_dom_node_t *node)
 {
     *out = node;
@@ -246,15 +257,8 @@ int kvt_xe_xml_dom_element_node(void *owner, xd_dom_node_t **out, const char *na
         return fail(out);
     node->owner = owner;
     node->name = copy_string(name);
-    if (node->name == nullptr) {
-        std::free(node);
-        return fail(out);
-    }
-    if (!copy_unless_empty(namespace_uri, &node->namespace_uri)) {
-        std::free(node->name);
-        std::free(node);
-        return fail(out);
-    }
+    if (node->name == nullptr || !copy_unless_empty(namespace_uri, &node->namespace_uri))
+        return discard(node, out);
     return succeed(out, node);
 }
 
@@ -269,21 +273,10 @@ int kvt_xe_xml_dom_attr_node(void *owner, xd_dom_node_t **out, const char *name,
     if (node == nullptr)
         return fail(out);
     node->owner = owner;
-    if (!copy_unless_empty(name, &node->name)) {
-        std::free(node);
-        return fail(out);
-    }
-    if (!copy_unless_empty(namespace_uri, &node->namespace_uri)) {
-        std::free(node->name);
-        std::free(node);
-        return fail(out);
-    }
-    if (!copy_unless_empty(value, &node->value)) {
-        std::free(node->namespace_uri);
-        std::free(node->name);
-        std::free(node);
-        return fail(out);
-    }
+    if (!copy_unless_empty(name, &node->name) ||
+        !copy_unless_empty(namespace_uri, &node->namespace_uri) ||
+        !copy_unless_empty(value, &node->value))
+        return discard(node, out);
     return succeed(out, node);
 }
 
@@ -301,16 +294,10 @@ int kvt_xe_xml_dom_text_node(void *owner, xd_dom_node_t **out, const char *chars
         return fail(out);
     node->owner = owner;
     node->name = copy_string(kTextName);
-    if (node->name == nullptr) {
-        std::free(node);
-        return fail(out);
-    }
-    node->value = copy_bytes(chars, length);
-    if (node->value == nullptr) {
-        std::free(node->name);
-        std::free(node);
-        return fail(out);
-    }
+    if (node->name != nullptr)
+        node->value = copy_bytes(chars, length);
+    if (node->value == nullptr)
+        return discard(node, out);
     return succeed(out, node);
 }
 
