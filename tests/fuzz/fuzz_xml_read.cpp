@@ -3,6 +3,7 @@
 // The first bytes choose the layout, the source (data item or a stream read
 // in chunks of a chosen size), options and the calls; the rest is the text.
 // Every call must leave a status of the known set.
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -50,13 +51,10 @@ const Layout kLayouts[] = {
 // A stream over the fuzzer's text, read in chunks of at most `chunk` bytes.
 struct MemoryStream {
     cblxml_stream base;
-    const std::string *text;
+    std::string text;
     size_t at;
     uint32_t chunk;
 };
-
-std::string g_text;
-uint32_t g_chunk = 1;
 
 int32_t stream_close(cblxml_stream *stream)
 {
@@ -67,29 +65,13 @@ int32_t stream_close(cblxml_stream *stream)
 int64_t stream_read(cblxml_stream *stream, void *buffer, uint32_t length)
 {
     auto *s = reinterpret_cast<MemoryStream *>(stream);
-    size_t n = s->text->size() - s->at;
-    if (n > length)
-        n = length;
-    if (n > s->chunk)
-        n = s->chunk;
-    std::memcpy(buffer, s->text->data() + s->at, n);
+    const size_t n = std::min({s->text.size() - s->at, size_t{length}, size_t{s->chunk}});
+    std::memcpy(buffer, s->text.data() + s->at, n);
     s->at += n;
     return static_cast<int64_t>(n);
 }
 
 const cblxml_stream_ops kOps = {stream_close, nullptr, nullptr, nullptr, nullptr, stream_read};
-
-cblxml_services memory_services()
-{
-    cblxml_services table{};
-    table.size = sizeof table;
-    table.resolve_name = [](const char *, uint32_t, char *, int32_t) -> void * { return &g_text; };
-    table.release_name = [](void *) {};
-    table.open_stream = [](int32_t, void *, int32_t, char *) -> cblxml_stream * {
-        return &(new MemoryStream{{&kOps, 0}, &g_text, 0, g_chunk})->base;
-    };
-    return table;
-}
 
 bool known_status(int32_t status) { return status >= -15 && status <= 2; }
 
@@ -103,38 +85,34 @@ void check(int32_t status)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    static const cblxml_services services = memory_services();
-    static const bool registered = cblxml_register_services(&services) == 0;
-    if (!registered)
-        std::abort();
-
     cblxml_fuzz::Input input(data, size);
     const uint8_t setup = input.byte();
     const uint8_t calls = input.byte();
     const uint8_t occurrence = input.byte();
-    g_chunk = 1u + input.byte() * 37u;
+    const uint32_t chunk = 1u + input.byte() * 37u;
     const Layout &layout = kLayouts[setup % (sizeof kLayouts / sizeof kLayouts[0])];
-    g_text = input.rest();
+    const std::string text = input.rest();
 
     cblxml::layout::File file{layout.text};
-    if (setup & 0x10)
-        file.use_document(g_text, setup & 0x20 ? g_text.size() + 7 : 0);
-    else
-        file.use_file(setup & 0x20 ? ":cgi:" : "memory");
+    file.use_document(text, setup & 0x20 ? text.size() + 7 : 0);
     file.fcb().key_item = file.record(1).item(layout.key);
     if (setup & 0x40)
         file.fcb().flags |= XMLIO_VALIDATE_READ;
     check(file.open(XMLIO_INPUT));
+    if ((setup & 0x10) == 0) {
+        // The text comes from a stream instead of the data item; CLOSE
+        // closes it.
+        file.fcb().flags &= ~uint32_t{XMLIO_IN_MEMORY};
+        file.fcb().stream = &(new MemoryStream{{&kOps, 0}, text, 0, chunk})->base;
+    }
     check(file.call(XMLIO_OP_READ));
     for (int i = 0; i < 8; ++i) {
         const int call = (calls >> (i % 4 * 2)) & 3;
         if (call == 0) {
             file.fcb().key_occurrence = occurrence % 5;
             check(file.call(XMLIO_OP_START));
-        } else if (call == 3) {
-            check(file.call(XMLIO_OP_READ));
         } else {
-            check(file.call(XMLIO_OP_READ_NEXT));
+            check(file.call(call == 3 ? XMLIO_OP_READ : XMLIO_OP_READ_NEXT));
         }
     }
     check(file.close());
