@@ -153,6 +153,14 @@ typedef struct cblxml_services {
     void *(*resolve_name)(const char *name, uint32_t length, char *result, int32_t flag);
     void (*release_name)(void *handle);
     struct cblxml_stream *(*open_stream)(int32_t zero, void *handle, int32_t mode, char *result);
+    /* Code-page conversion of item text (the run-time's cobstringconvert):
+       `length` bytes of `text` in the encoding `from` become target form
+       `form` (3 = UTF-8). With `out` NULL only the length is computed into
+       *out_length; otherwise *out_length is the room on entry and the bytes
+       written on return. Returns 0, or non-zero when the conversion cannot be
+       made. The default converts through iconv. */
+    int32_t (*string_convert)(const char *from, int32_t form, const void *text, uint32_t length,
+                              void *out, uint32_t *out_length);
 } cblxml_services;
 
 /* Installs the host's services; NULL members keep the defaults. A NULL table

@@ -223,16 +223,17 @@ typedef struct xmlio_fcb {
 
 /* Flags of xmlio_fcb. */
 enum {
-    XMLIO_INITIALISED = 0x1,     /* state: record linkage done */
-    XMLIO_SCHEMA = 0x8,          /* option: the document uses an XML Schema */
-    XMLIO_IN_MEMORY = 0x20,      /* option: the document is held in a data item */
-    XMLIO_MODIFIED = 0x40,       /* state: the tree holds unwritten changes */
-    XMLIO_URL = 0x80,            /* state: the name is an HTTP URL */
-    XMLIO_CGI = 0x100,           /* state: the name is a CGI name */
-    XMLIO_DECIMAL_COMMA = 0x200, /* option: decimal point is comma */
-    XMLIO_NO_XSI = 0x400,        /* option: with XMLIO_SCHEMA, no xsi attributes */
-    XMLIO_COMPACT = 0x800,       /* option: no line ends, no indentation */
-    XMLIO_VERIFY = 0x2000        /* option: parse the written document again */
+    XMLIO_INITIALISED = 0x1,      /* state: record linkage done */
+    XMLIO_SCHEMA = 0x8,           /* option: the document uses an XML Schema */
+    XMLIO_IN_MEMORY = 0x20,       /* option: the document is held in a data item */
+    XMLIO_MODIFIED = 0x40,        /* state: the tree holds unwritten changes */
+    XMLIO_URL = 0x80,             /* state: the name is an HTTP URL */
+    XMLIO_CGI = 0x100,            /* state: the name is a CGI name */
+    XMLIO_DECIMAL_COMMA = 0x200,  /* option: decimal point is comma */
+    XMLIO_NO_XSI = 0x400,         /* option: with XMLIO_SCHEMA, no xsi attributes */
+    XMLIO_COMPACT = 0x800,        /* option: no line ends, no indentation */
+    XMLIO_VALIDATE_READ = 0x1000, /* option: READ parses with validation */
+    XMLIO_VERIFY = 0x2000         /* option: parse the written document again */
 };
 
 /* Open modes and operation codes. */
@@ -276,6 +277,22 @@ enum {
     XMLIO_ST_WRITE_ERROR = -14, /* the stream failed after writing */
     XMLIO_ST_CLOSE_ERROR = -15  /* the stream had failed by CLOSE */
 };
+
+/* The read side of a file: obtains the text of one document (the kept rest
+   of the previous one, the data item, or the stream), parses it into the
+   held tree and maps its root element onto the first record layout that
+   matches. Leaves 0 or a negative status in fcb->status and returns it. */
+CBLXML_API int32_t kvt_xe_xmlio_parse_stream(xmlio_fcb *fcb);
+/* The node under `node` that `item` describes (its name, namespace and the
+   chain of its ancestors); with `occurrence` n >= 1 the n-th of the run of
+   like siblings in which the first found node stands. NULL when none. */
+CBLXML_API xd_dom_node_t *kvt_xe_xml_dom_search(xd_dom_node_t *node, IDESC *item,
+                                                xml_rec_entry_t *entry, uint32_t occurrence);
+/* Maps `node` (with `start` 0: its child element whose rank among those
+   matching `item` is item's subscript) onto `item` and its subordinate
+   items in the record area of `entry`. */
+CBLXML_API void kvt_xe_xml_dom_readnext(xml_rec_entry_t *entry, IDESC *item, xd_dom_node_t *node,
+                                        void *dm_handle, uint32_t start);
 
 /* One call per file statement: the operation named by fcb->opcode. Every
    result is left in fcb->status; the block stays usable after any failure.

@@ -22,6 +22,11 @@ void exception_resume(void *handle);
 // Environment lookup; null when the name is not set.
 const char *get_env(const char *name);
 
+// The run-time's string conversion (cblxml_services.string_convert).
+constexpr int32_t kFormUtf8 = 3;
+int32_t string_convert(const char *from, int32_t form, const void *text, uint32_t length, void *out,
+                       uint32_t *out_length);
+
 // Scoped holder of the run-time lock.
 class LockGuard {
 public:

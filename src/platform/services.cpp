@@ -14,6 +14,7 @@
 
 #include "platform/file_streams.h"
 #include "platform/platform.h"
+#include "platform/string_convert.h"
 
 namespace cblxml::platform {
 namespace {
@@ -22,6 +23,8 @@ using LockFunction = void (*)();
 using BeginFunction = void *(*)(void *, intptr_t, intptr_t);
 using ResumeFunction = void (*)(void *);
 using EnvFunction = const char *(*)(const char *);
+using ConvertFunction = int32_t (*)(const char *, int32_t, const void *, uint32_t, void *,
+                                    uint32_t *);
 
 // Recursive so that a region guarded by the run-time lock may call another one.
 std::recursive_mutex &default_mutex()
@@ -60,6 +63,7 @@ std::atomic<const LockPair *> current_lock_pair{&default_lock_pair};
 std::atomic<BeginFunction> current_exception_begin{default_exception_begin};
 std::atomic<ResumeFunction> current_exception_resume{default_exception_resume};
 std::atomic<EnvFunction> current_get_env{default_get_env};
+std::atomic<ConvertFunction> current_string_convert{default_string_convert};
 
 // The pairs whose lock this thread holds, innermost last.
 thread_local std::vector<const LockPair *> held_locks;
@@ -86,6 +90,7 @@ void restore_defaults()
     current_exception_begin.store(default_exception_begin);
     current_exception_resume.store(default_exception_resume);
     current_get_env.store(default_get_env);
+    current_string_convert.store(default_string_convert);
     restore_file_services();
 }
 
@@ -113,6 +118,8 @@ int install(const cblxml_services &table)
     current_exception_resume.store(resume != nullptr ? resume : default_exception_resume);
     const EnvFunction env = member_or_null(table, &cblxml_services::get_env);
     current_get_env.store(env != nullptr ? env : default_get_env);
+    const ConvertFunction convert = member_or_null(table, &cblxml_services::string_convert);
+    current_string_convert.store(convert != nullptr ? convert : default_string_convert);
     install_file_services(table);
     return 0;
 }
@@ -155,6 +162,14 @@ const char *get_env(const char *name)
     if (name == nullptr)
         return nullptr;
     return current_get_env.load()(name);
+}
+
+int32_t string_convert(const char *from, int32_t form, const void *text, uint32_t length, void *out,
+                       uint32_t *out_length)
+{
+    if (out_length == nullptr || (text == nullptr && length > 0))
+        return 1;
+    return current_string_convert.load()(from, form, text, length, out, out_length);
 }
 
 }  // namespace cblxml::platform

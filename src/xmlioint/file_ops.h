@@ -11,6 +11,9 @@ namespace cblxml::xmlio {
 
 int32_t open_file(xmlio_fcb *fcb);   // opcode 1
 int32_t close_file(xmlio_fcb *fcb);  // opcode 2
+int32_t read_file(xmlio_fcb *fcb);   // opcode 4
+int32_t start_file(xmlio_fcb *fcb);  // opcode 5
+int32_t read_next(xmlio_fcb *fcb);   // opcode 6
 
 }  // namespace cblxml::xmlio
 

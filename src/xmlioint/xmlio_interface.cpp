@@ -13,8 +13,8 @@ int32_t not_available(xmlio_fcb *) { return XMLIO_ST_BAD_OPCODE; }
 
 // Indexed by opcode, 1 to 12.
 const Operation kOperations[] = {
-    nullptr,       open_file,     close_file,    not_available, not_available,
-    not_available, not_available, not_available, not_available, not_available,
+    nullptr,       open_file,     close_file,    not_available, read_file,
+    start_file,    read_next,     not_available, not_available, not_available,
     not_available, not_available, not_available,
 };
 constexpr uint8_t kLastOpcode = sizeof kOperations / sizeof kOperations[0] - 1;

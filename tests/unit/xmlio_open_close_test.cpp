@@ -119,7 +119,11 @@ TEST_F(HostFiles, OnceOpenOtherOpcodesAnswerAndOnlyInsertsTakeTheSecondArgument)
         if (opcode == XMLIO_OP_OPEN || opcode == XMLIO_OP_CLOSE)
             continue;
         file.fcb().arg2 = nullptr;
-        EXPECT_EQ(file.call(static_cast<uint8_t>(opcode), text), XMLIO_ST_BAD_OPCODE) << opcode;
+        const int32_t status = file.call(static_cast<uint8_t>(opcode), text);
+        // READ, START and READ NEXT run (their own tests say how).
+        if (opcode < XMLIO_OP_READ || opcode > XMLIO_OP_READ_NEXT) {
+            EXPECT_EQ(status, XMLIO_ST_BAD_OPCODE) << opcode;
+        }
         const bool takes = opcode == XMLIO_OP_INSERT_PI || opcode == XMLIO_OP_INSERT_TEXT;
         EXPECT_EQ(file.fcb().arg2, takes ? text : nullptr) << opcode;
     }

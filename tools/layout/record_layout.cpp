@@ -119,7 +119,13 @@ Item parse_line(size_t line, const std::string &text)
             item.subscript = number(line, value);
         else if (key == "flags")
             item.flags |= number(line, value);
-        else
+        else if (key == "namelen") {
+            item.name_len = number(line, value);
+            item.flags |= IDESC_NO_NAME;
+        } else if (key == "nslen") {
+            item.namespace_len = number(line, value);
+            item.flags |= IDESC_NO_NAMESPACE;
+        } else
             bad_line(line, "unknown attribute: " + key);
     }
     return item;
@@ -307,8 +313,10 @@ void Record::compile()
         put<uint32_t>(desc, offsetof(IDESC, occurs_max), item.occurs);
         put<uint32_t>(desc, offsetof(IDESC, flags), item.flags);
         put<uint32_t>(desc, offsetof(IDESC, subscript), item.subscript);
-        put<uint32_t>(desc, offsetof(IDESC, namespace_len), static_cast<uint32_t>(item.ns.size()));
-        put<uint32_t>(desc, offsetof(IDESC, name_len), static_cast<uint32_t>(item.name.size()));
+        put<uint32_t>(desc, offsetof(IDESC, namespace_len),
+                      item.namespace_len.value_or(static_cast<uint32_t>(item.ns.size())));
+        put<uint32_t>(desc, offsetof(IDESC, name_len),
+                      item.name_len.value_or(static_cast<uint32_t>(item.name.size())));
         put<uint32_t>(desc, offsetof(IDESC, third_len), static_cast<uint32_t>(item.picture.size()));
         desc[offsetof(IDESC, level)] = item.level;
         desc[offsetof(IDESC, digits)] = item.digits.value_or(0);
@@ -427,7 +435,8 @@ void File::use_file(std::string name)
 void File::use_document(std::string_view text, size_t room)
 {
     item_.assign(std::max(room, text.size()), ' ');
-    std::memcpy(item_.data(), text.data(), text.size());
+    if (!text.empty())
+        std::memcpy(item_.data(), text.data(), text.size());
     fcb_.name = item_.data();
     fcb_.name_len = static_cast<uint32_t>(item_.size());
     fcb_.flags |= XMLIO_IN_MEMORY;

@@ -18,6 +18,9 @@
 //   class=N|numeric|alnum|alpha|numedit|national|dbcs|alnumedit
 //   usage=N|display|comp1|comp2|packed|binary|comp|comp5|comp6|compx|national
 //   sign=N  digits=N  scale=N  subscript=N  flags=N (ORed in)
+//   namelen=N  nslen=N   a name or namespace length without its string (the
+//                        width of a name or namespace receiver); sets
+//                        anyname or anyns, which leave the string out
 //   attrs signed anyname anyns getname getns pi nocount wide   (flag words)
 // Offsets are laid out in order (an item starts where the one before it
 // ended, a group spans its items, a table its occurrences) unless at= or
@@ -54,6 +57,8 @@ struct Item {
     std::optional<uint8_t> digits;
     std::optional<uint8_t> scale;
     uint32_t subscript = 0;
+    std::optional<uint32_t> name_len;       // namelen=: no name string
+    std::optional<uint32_t> namespace_len;  // nslen=: no namespace string
 };
 
 // Parses the text form; throws std::invalid_argument naming the line.
