@@ -299,6 +299,20 @@ CBLXML_API void kvt_xe_xml_dom_readnext(xml_rec_entry_t *entry, IDESC *item, xd_
    `arg2` is stored in the block for opcodes 9 and 10 only. */
 CBLXML_API void CBL_XMLIO_INTERFACE(xmlio_fcb *fcb, const char *arg2);
 
+/* Writing. kvt_xe_xmlio_write_stream turns the current record (entry
+   rec_read) into tree nodes when the held tree has no matching document
+   element, and, for opcode 3 only, writes the whole tree as XML text to the
+   stream or the data item and drops it; for the WRITE opcodes it positions
+   the tree on the key item's node instead. `top` is 1 for write-document and
+   the second WRITE form. The result is left in fcb->status (for opcode 3 the
+   number of characters produced). */
+CBLXML_API void kvt_xe_xmlio_write_stream(xmlio_fcb *fcb, int32_t top);
+/* Inserts the key item of record entry rec_no next to the anchor's current
+   node, or under the nearest node that can hold it, and makes it current.
+   Without `replacing` the new element keeps only its text and attributes.
+   Returns the status it leaves in fcb->status: 0, or -8 when no place fits. */
+CBLXML_API int32_t kvt_xe_xml_dom_insert(xmlio_fcb *fcb, int32_t replacing);
+
 #ifdef __cplusplus
 } /* extern "C" */
 #endif

@@ -2,6 +2,7 @@
 // block, links the record layouts at the first OPEN, and hands the block to
 // the operation of its opcode. Every result is left in the block's status.
 #include "xmlioint/file_ops.h"
+#include "xmlioint/file_write.h"
 
 namespace cblxml::xmlio {
 namespace {
@@ -13,8 +14,8 @@ int32_t not_available(xmlio_fcb *) { return XMLIO_ST_BAD_OPCODE; }
 
 // Indexed by opcode, 1 to 12.
 const Operation kOperations[] = {
-    nullptr,       open_file,     close_file,    not_available, read_file,
-    start_file,    read_next,     not_available, not_available, not_available,
+    nullptr,       open_file,     close_file,    write_document,    read_file,
+    start_file,    read_next,     write_record,  write_record_keep, not_available,
     not_available, not_available, not_available,
 };
 constexpr uint8_t kLastOpcode = sizeof kOperations / sizeof kOperations[0] - 1;

@@ -344,7 +344,35 @@ IDESC *Record::item_at(size_t index) const
     return reinterpret_cast<IDESC *>(image_.get() + starts_.at(index));
 }
 
-IDESC *Record::item(std::string_view path) const
+IDESC *Record::item(std::string_view path) const { return item_at(index_of(path)); }
+
+void Record::set(std::string_view path, std::string_view bytes, std::vector<uint32_t> occurrence)
+{
+    const size_t index = index_of(path);
+    // The item's chain of tables, innermost first.
+    std::vector<size_t> tables;
+    uint8_t level = 0xFF;
+    for (size_t j = index + 1; j-- > 0;) {
+        if (items_[j].level < level || j == index) {
+            level = items_[j].level;
+            if (items_[j].occurs != 0)
+                tables.push_back(j);
+        }
+    }
+    size_t at = *items_[index].offset;
+    for (size_t t = 0; t < tables.size(); ++t) {
+        const size_t k = tables.size() - 1 - t;  // outermost first in `occurrence`
+        const uint32_t n = k < occurrence.size() ? occurrence[k] : 1;
+        at += size_t{n - 1} * *items_[tables[t]].length;
+    }
+    const size_t length = *items_[index].length;
+    if (at + length > area_.size())
+        throw std::out_of_range("record layout: occurrence past the record");
+    std::memset(area_.data() + at, ' ', length);
+    std::memcpy(area_.data() + at, bytes.data(), std::min(length, bytes.size()));
+}
+
+size_t Record::index_of(std::string_view path) const
 {
     // Match the path's names against each item's chain of named ancestors.
     std::vector<std::string_view> names;
@@ -354,6 +382,17 @@ IDESC *Record::item(std::string_view path) const
         if (dot == std::string_view::npos)
             break;
         pos = dot + 1;
+    }
+    // "-" names an unnamed item; a last name ending in "#k" takes the k-th
+    // item that matches ("mixed.-#2").
+    size_t skip = 0;
+    if (const size_t hash = names.back().find('#'); hash != std::string_view::npos) {
+        skip = std::stoul(std::string(names.back().substr(hash + 1))) - 1;
+        names.back() = names.back().substr(0, hash);
+    }
+    for (std::string_view &name : names) {
+        if (name == "-")
+            name = {};
     }
     for (size_t i = 0; i < items_.size(); ++i) {
         if (items_[i].name != names.back())
@@ -367,8 +406,8 @@ IDESC *Record::item(std::string_view path) const
                     --want;
             }
         }
-        if (want == 0)
-            return item_at(i);
+        if (want == 0 && skip-- == 0)
+            return i;
     }
     throw std::out_of_range("record layout: no item " + std::string(path));
 }

@@ -73,11 +73,18 @@ public:
     explicit Record(std::vector<Item> items);
 
     // The descriptor of an item by dotted path of names ("line.sku") or by a
-    // name alone (its first occurrence). Throws std::out_of_range.
+    // name alone (its first occurrence). "-" names an unnamed item, and
+    // "name#k" the k-th match ("mixed.-#2"). Throws std::out_of_range.
     IDESC *item(std::string_view path) const;
     IDESC *item_at(size_t index) const;
     size_t size() const { return starts_.size(); }
     const std::vector<Item> &items() const { return items_; }
+
+    // Stores `bytes` into the record area at the item's occurrence: one
+    // 1-based number per table on the item's chain (the item itself
+    // included), outermost first; tables not given take occurrence 1. The
+    // bytes are cut or padded with spaces to the item's length.
+    void set(std::string_view path, std::string_view bytes, std::vector<uint32_t> occurrence = {});
 
     // A record entry as the compiler lays it out: root, counts, data and the
     // descriptor count; not linked.
@@ -95,6 +102,7 @@ public:
 
 private:
     void compile();
+    size_t index_of(std::string_view path) const;
 
     std::vector<Item> items_;
     std::unique_ptr<unsigned char[]> image_;

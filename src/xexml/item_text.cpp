@@ -1,0 +1,100 @@
+#include "xexml/item_text.h"
+
+#include <cstring>
+
+#include "platform/platform.h"
+#include "xexml/idesc_access.h"
+
+namespace cblxml::xexml {
+namespace {
+
+// Compiler byte -> data-map code; 0xFFFFFFFF: no code (the field stays 0).
+constexpr uint32_t kNone = 0xFFFFFFFFu;
+constexpr uint32_t kClassCodes[] = {kNone, 16, 19, 19, 17, 20, 21, 22, 18};
+constexpr uint32_t kUsageCodes[] = {8, 8, 1, 2, 3, 0, 5, 6, 7, kNone, kNone, 8, 9};
+constexpr uint32_t kSignCodes[] = {0, 2, 1, 4, 3, 1};
+
+template <size_t N>
+uint32_t code_of(const uint32_t (&table)[N], uint8_t byte)
+{
+    return byte < N && table[byte] != kNone ? table[byte] : 0;
+}
+
+constexpr uint8_t kUsageComp1 = 2;
+constexpr uint8_t kUsageComp2 = 3;
+
+}  // namespace
+
+void item_dm_description(const IDESC *item, dm_item_desc &desc, std::string &format)
+{
+    desc = dm_item_desc{};
+    desc.length = DESC_GET(item, length);
+    desc.class_code = code_of(kClassCodes, DESC_GET(item, class_source));
+    const uint8_t usage = DESC_GET(item, usage_source);
+    desc.usage_code = code_of(kUsageCodes, usage);
+    // Floating-point usages are numeric whatever the class byte says.
+    if (usage == kUsageComp1 || usage == kUsageComp2)
+        desc.class_code = DM_CLASS_NUMERIC;
+    desc.sign_flag = (DESC_GET(item, flags) & IDESC_SIGNED) != 0 ? 1 : 0;
+    desc.sign_position = code_of(kSignCodes, DESC_GET(item, sign_position));
+    desc.digits = DESC_GET(item, digits);
+    desc.scale = DESC_GET(item, scale);
+    const char *third = DESC_GET(item, third_ptr);
+    const uint32_t third_len = DESC_GET(item, third_len);
+    format.assign(third != nullptr ? third : "", third != nullptr ? third_len : 0);
+    desc.format = format.c_str();
+}
+
+std::string item_bytes(xml_rec_entry_t *entry, IDESC *item, uint32_t width)
+{
+    const auto *data = static_cast<const char *>(kvt_xe_xml_itm_addr_get(entry, item, 1));
+    if (data == nullptr)
+        return {};
+    // A width wider than the item (a name field sized by its parent) is cut
+    // at the end of the record area rather than read past it.
+    const IDESC *root = entry->root;
+    const uint64_t end = uint64_t{DESC_GET(root, offset)} + DESC_GET(root, length);
+    const uint64_t at = static_cast<uint64_t>(data - static_cast<const char *>(entry->data));
+    const uint64_t room = end > at ? end - at : 0;
+    return std::string(data, width < room ? width : room);
+}
+
+size_t trimmed_length(const char *text, size_t length, const char *cut, size_t cut_count)
+{
+    while (length > 0 && std::memchr(cut, text[length - 1], cut_count) != nullptr)
+        --length;
+    return length;
+}
+
+std::string item_text(xml_rec_entry_t *entry, IDESC *item, void *dm_handle)
+{
+    const uint8_t usage = DESC_GET(item, usage_source);
+    const bool floating = usage == kUsageComp1 || usage == kUsageComp2;
+    std::string text;
+    if (const void *data = kvt_xe_xml_itm_addr_get(entry, item, 1)) {
+        dm_item_desc desc;
+        std::string format;
+        item_dm_description(item, desc, format);
+        const int32_t form = usage == kUsageComp1   ? DM_FORM_FLOAT
+                             : usage == kUsageComp2 ? DM_FORM_DOUBLE
+                                                    : DM_FORM_UTF8;
+        text.assign(uint64_t{desc.length} * 16 + 1, '\0');
+        auto length = static_cast<uint32_t>(text.size());
+        // The data map gives UTF-8, which is also the form the run-time's
+        // string conversion would be asked for: that conversion is the
+        // identity here, and so is left out. A failure gives an empty text.
+        if (platform::get_cbl_data(dm_handle, &desc, data, form, text.data(), &length) != 0)
+            length = 0;
+        if (form == DM_FORM_UTF8 && length > 0)
+            --length;  // the terminator
+        text.resize(length);
+    }
+    // An item without an address (an occurrence out of range) is padded as
+    // an empty value, so that pieces joined after it keep their offsets.
+    const uint32_t width = DESC_GET(item, length);
+    if (!floating && text.size() < width)
+        text.append(width - text.size(), ' ');
+    return text;
+}
+
+}  // namespace cblxml::xexml
