@@ -1,7 +1,5 @@
-      *> A statement inside a copybook: the second parse of
-      *> xmlparse-all, a document with an undeclared entity.
-           XML PARSE SMALL-DOC
+      *> A statement inside a copybook (xmlparse-forms).
+           XML PARSE SECOND-DOC
                PROCESSING PROCEDURE IS SHOW-EVENT THROUGH SHOW-EXIT
-               ON EXCEPTION
-                   DISPLAY "second: exception " XML-CODE
+               ON EXCEPTION DISPLAY "second: exception " XML-CODE
            END-XML

@@ -1,18 +1,23 @@
-      *> xmlparse-all - XML PARSE statements built with cblxml-cobc:
-      *> every event kind through EVALUATE XML-EVENT, XML-TEXT moved,
-      *> displayed, reference-modified and measured, ON EXCEPTION and
-      *> NOT ON EXCEPTION, THRU, two statements (one in a copybook)
-      *> and one more in a nested program. Fixed source format.
+      *> xmlparse-events - every event of a document, the mainframe
+      *> way: an XML PARSE statement whose processing procedure sorts
+      *> the events with EVALUATE XML-EVENT and shows XML-TEXT moved,
+      *> reference-modified, measured and displayed (national texts
+      *> through XML-NTEXT). Build it with cblxml-cobc:
       *>
-      *>     xmlparse-all document
+      *>     build/tools/cblxml-cobc -x examples/xmlparse-events.cbl
+      *>     ./xmlparse-events [document]
+      *>         (default: examples/data/order.xml)
+      *>
+      *> RETURN-CODE 0, 1 when the file cannot be read, 2 when the
+      *> parse ended in an exception.
        IDENTIFICATION DIVISION.
-       PROGRAM-ID. xmlparse-all.
+       PROGRAM-ID. xmlparse-events.
        DATA DIVISION.
        WORKING-STORAGE SECTION.
-       01  DOC-PATH                  PIC X(1024).
+       01  DOC-PATH                  PIC X(1024)
+               VALUE "examples/data/order.xml".
        01  DOC-POINTER               USAGE POINTER.
        01  DOC-SIZE                  PIC 9(9) COMP-5.
-       01  SMALL-DOC                 PIC X(14) VALUE '<a b="&zz;"/>'.
        01  FIRST-TEN                 PIC X(10).
        01  KIND                      PIC X(12).
        01  TEXT-SIZE                 PIC ZZZ9.
@@ -27,19 +32,15 @@
            END-IF
            SET ADDRESS OF DOC TO DOC-POINTER
            XML PARSE DOC(1:DOC-SIZE)
-               PROCESSING PROCEDURE SHOW-EVENT THRU SHOW-EXIT
+               PROCESSING PROCEDURE SHOW-EVENT
                ON EXCEPTION
-                   DISPLAY "first: exception " XML-CODE
+                   DISPLAY "exception " XML-CODE
+                   MOVE 2 TO RETURN-CODE
                NOT ON EXCEPTION
-                   DISPLAY "first: parsed, XML-CODE " XML-CODE
+                   DISPLAY "parsed, XML-CODE " XML-CODE
+                   MOVE 0 TO RETURN-CODE
            END-XML
-           DISPLAY "after the first: " XML-EVENT
-           COPY xmlparse-stmt.
-           DISPLAY "after the second: " XML-EVENT "{" XML-TEXT "}"
-           CALL "xmlparse-nested"
-           DISPLAY "registers kept: " XML-EVENT XML-CODE
            FREE DOC-POINTER
-           MOVE 0 TO RETURN-CODE
            STOP RUN.
 
        SHOW-EVENT.
@@ -87,7 +88,7 @@
                MOVE FUNCTION LENGTH(XML-NTEXT) TO TEXT-SIZE
                DISPLAY KIND XML-EVENT " national " TEXT-SIZE
                    " first byte " XML-NTEXT(1:1)
-               GO TO SHOW-EXIT
+               EXIT PARAGRAPH
            END-IF
            MOVE XML-TEXT TO FIRST-TEN
            MOVE FUNCTION LENGTH(XML-TEXT) TO TEXT-SIZE
@@ -97,24 +98,6 @@
            ELSE
                DISPLAY KIND XML-EVENT TEXT-SIZE " (empty)"
            END-IF.
-       SHOW-EXIT.
-           EXIT.
-
-      *> Its own registers and its own statement, ended by a period.
-       IDENTIFICATION DIVISION.
-       PROGRAM-ID. xmlparse-nested.
-       DATA DIVISION.
-       WORKING-STORAGE SECTION.
-       01  NESTED-DOC                PIC X(20) VALUE "<n>nested</n>".
-       PROCEDURE DIVISION.
-           XML PARSE NESTED-DOC PROCESSING PROCEDURE NESTED-EVENT.
-           DISPLAY "nested: last " XML-EVENT XML-CODE
-           GOBACK.
-       NESTED-EVENT.
-           IF XML-EVENT = "CONTENT-CHARACTERS"
-               DISPLAY "nested: " XML-TEXT
-           END-IF.
-       END PROGRAM xmlparse-nested.
-       END PROGRAM xmlparse-all.
+       END PROGRAM xmlparse-events.
 
            COPY cblxml-readdoc.
