@@ -2,8 +2,9 @@
 # Compiles a COBOL program against the library, or runs one and compares
 # what it prints with the expected output, byte for byte.
 #
-#   run-cobol-test.sh compile MODE LIBRARY COPYBOOKS SOURCE EXECUTABLE
+#   run-cobol-test.sh compile MODE LIBRARY COPYBOOKS SOURCE EXECUTABLE [OPTION...]
 #   run-cobol-test.sh run MODE LIBRARY EXECUTABLE EXPECTED STATUS [ARG...]
+#   run-cobol-test.sh diagnose SOURCE STATUS MESSAGE [OPTION...]
 #
 # MODE is how the program reaches the library, one of the ways a user
 # builds against it:
@@ -11,9 +12,14 @@
 #   staticcall  every CALL is static (-fstatic-call), -lcblxml
 #   linked      dynamic CALLs, the library linked in (--no-as-needed)
 #   preload     dynamic CALLs, the run-time loads it through COB_PRE_LOAD
+#   tool        built with cblxml-cobc (XML PARSE statements), as it links
+#   tool-preload  built with cblxml-cobc, dynamic CALLs, COB_PRE_LOAD
+# diagnose builds SOURCE with cblxml-cobc and expects exit status STATUS and
+# MESSAGE as a line of what it reports; with STATUS 2, as its only line.
 # The run happens in the current folder; STATUS is the expected exit status.
 #
-# Environment: COBC, the compiler (default cobc). CBLXML_SANITIZER_RUNTIME:
+# Environment: COBC, the compiler (default cobc); CBLXML_COBC_TOOL, the
+# cblxml-cobc command. CBLXML_SANITIZER_RUNTIME:
 # the sanitizer run-time of a library built with sanitizers; the program,
 # which is not, needs it loaded first. CBLXML_LSAN_SUPPRESSIONS: leak
 # suppressions for the COBOL run-time.
@@ -29,12 +35,13 @@ if ! command -v "$cobc" >/dev/null 2>&1; then
 fi
 
 usage() {
-    sed -n '5,6p' "$0" >&2
+    sed -n '5,7p' "$0" >&2
     exit 2
 }
 
 compile() {
     local mode=$1 library=$2 copybooks=$3 source=$4 executable=$5
+    shift 5
     local libdir
     libdir=$(dirname "$library")
     local link=(-L "$libdir" -lcblxml -Q "-Wl,-rpath,$libdir")
@@ -44,17 +51,39 @@ compile() {
         staticcall) options=(-fstatic-call "${link[@]}") ;;
         linked) options=(-Q -Wl,--no-as-needed "${link[@]}") ;;
         preload) options=() ;;
+        tool | tool-preload) ;;
         *) usage ;;
     esac
     mkdir -p "$(dirname "$executable")"
-    "$cobc" -x -Wall -I "$copybooks" -o "$executable" "$source" "${options[@]}"
+    case $mode in
+        tool) "$CBLXML_COBC_TOOL" -x -o "$executable" "$source" "$@" ;;
+        tool-preload) CBLXML_COBC_LINK=dynamic "$CBLXML_COBC_TOOL" -x -o "$executable" "$source" "$@" ;;
+        *) "$cobc" -x -Wall -I "$copybooks" -o "$executable" "$source" "${options[@]}" ;;
+    esac
+}
+
+diagnose() {
+    local source=$1 status=$2 message=$3 out
+    shift 3
+    out=$(mktemp -d)
+    trap 'rm -rf "$out"' EXIT
+    "$CBLXML_COBC_TOOL" -x -o "$out/program" "$source" "$@" 2>"$out/stderr" >/dev/null
+    local got=$?
+    # A refused form is the one line; a cobc error is among cobc's lines.
+    if [ "$got" -eq "$status" ] && grep -qxF -- "$message" "$out/stderr" &&
+        { [ "$status" -ne 2 ] || [ "$(wc -l <"$out/stderr")" -eq 1 ]; }; then
+        return 0
+    fi
+    echo "exit status $got, expected $status and: $message"
+    cat "$out/stderr"
+    return 1
 }
 
 run() {
     local mode=$1 library=$2 executable=$3 expected=$4 status=$5
     shift 5
     local env=()
-    [ "$mode" = preload ] && env+=("COB_PRE_LOAD=$library")
+    case $mode in preload | tool-preload) env+=("COB_PRE_LOAD=$library") ;; esac
     if [ -n "${CBLXML_SANITIZER_RUNTIME:-}" ]; then
         env+=("LD_PRELOAD=$CBLXML_SANITIZER_RUNTIME")
         # The COBOL run-time is built without frame pointers: only the slow
@@ -90,12 +119,16 @@ shift
 # by the COBOL run-time after its own start-up, the library runs fine: under
 # the sanitizers every program is built and run that way. The normal build
 # covers the other link modes.
-if [ -n "${CBLXML_SANITIZER_RUNTIME:-}" ] && [ "$1" != preload ]; then
-    echo "sanitizer build: $1 mode replaced by preload"
-    set -- preload "${@:2}"
+if [ -n "${CBLXML_SANITIZER_RUNTIME:-}" ] && [ "$action" != diagnose ] &&
+    [ "$1" != preload ] && [ "$1" != tool-preload ]; then
+    replacement=preload
+    [ "$1" = tool ] && replacement=tool-preload
+    echo "sanitizer build: $1 mode replaced by $replacement"
+    set -- "$replacement" "${@:2}"
 fi
 case $action in
-    compile) [ $# -eq 5 ] || usage; compile "$@" ;;
+    compile) [ $# -ge 5 ] || usage; compile "$@" ;;
+    diagnose) [ $# -ge 3 ] || usage; diagnose "$@" ;;
     run) [ $# -ge 5 ] || usage; run "$@" ;;
     *) usage ;;
 esac
