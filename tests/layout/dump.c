@@ -1,8 +1,7 @@
-/* What a COBOL program built with the copybooks of cblxml-layout holds, as
-   text that does not depend on where it lives: linked record entries with
-   every address written as an offset from the record's first descriptor,
-   and the file control block field by field. Compiled into the test COBOL
-   programs by cobc and into layout_dump, the builder's side. */
+/* What a program built with cblxml-layout's copybooks holds, as text that
+   does not depend on addresses: linked record entries, every address an
+   offset from the record's first descriptor; and the control block. Built
+   into the test COBOL programs by cobc and into layout_dump. */
 #include <stdio.h>
 #include <string.h>
 
@@ -16,42 +15,32 @@ static void put_address(const char *what, const void *at, const void *base)
         printf(" %s=%+ld", what, (long)((const char *)at - (const char *)base));
 }
 
-static void put_hex(const unsigned char *bytes, size_t n)
-{
-    for (size_t i = 0; i < n; ++i)
-        printf("%02X", bytes[i]);
-}
-
 /* Descriptors are read by memcpy: every second one is not aligned. */
 #define FIELD(desc, name, out)                                                                     \
     memcpy(&(out), (const char *)(desc) + offsetof(IDESC, name), sizeof(out))
 
 void layout_dump(const xml_rec_entry_t *entries, const uint32_t *count)
 {
+    static const char *const names[] = {"parent", "prev",  "next", "first", "last",
+                                        "before", "after", "name", "ns",    "third"};
     for (uint32_t r = 0; r < *count; ++r) {
         const xml_rec_entry_t *e = &entries[r];
-        const IDESC *root = e->root;
-        printf("record %u: descriptors %u flags %u", r + 1, e->desc_count, e->link_flags);
-        put_address("last", e->last_desc, root);
-        printf("\n");
+        const IDESC *d = e->root;
         uint32_t span = 0;
-        FIELD(root, slot_span, span);
-        printf("counts:");
-        for (uint32_t s = 0; s <= span; ++s)
-            printf(" %X", e->counts[s]);
-        printf("\n");
-        const IDESC *d = root;
+        FIELD(d, slot_span, span);
+        printf("record %u: descriptors %u flags %u counts %u", r + 1, e->desc_count, e->link_flags,
+               span + 1);
+        put_address("last", e->last_desc, e->root);
         for (uint32_t i = 0; i < e->desc_count && d != NULL; ++i) {
-            static const char *const names[] = {"parent", "prev",  "next", "first", "last",
-                                                "before", "after", "name", "ns",    "third"};
-            printf("%u:", i);
+            printf("\n%u:", i);
             for (int p = 0; p < 10; ++p) {
                 const void *at;
                 memcpy(&at, (const char *)d + 8 * p, sizeof at);
-                put_address(names[p], at, root);
+                put_address(names[p], at, e->root);
             }
             printf(" head=");
-            put_hex((const unsigned char *)d + 80, IDESC_HEAD_SIZE - 80);
+            for (size_t b = 80; b < IDESC_HEAD_SIZE; ++b)
+                printf("%02X", ((const unsigned char *)d)[b]);
             uint32_t lengths[3];
             const char *strings[3];
             FIELD(d, name_len, lengths[0]);
@@ -64,31 +53,27 @@ void layout_dump(const xml_rec_entry_t *entries, const uint32_t *count)
                 if (strings[s] != NULL)
                     printf(" [%.*s]", (int)lengths[s], strings[s]);
             }
-            printf("\n");
             FIELD(d, next_desc, d);
         }
+        printf("\n");
     }
     fflush(stdout);
 }
 
-/* The control block as the library sees it. */
+/* The control block as the library sees it; then values for the program's
+   88 levels to recognise. */
 void fcb_report(xmlio_fcb *fcb)
 {
     const void *pointers[] = {fcb->doc,       fcb->records,      fcb->key_item, fcb->reserved24,
                               fcb->name,      fcb->doctype_name, fcb->read_buf, fcb->builder_aux,
                               fcb->dm_handle, fcb->arg2,         fcb->stream};
-    printf("pointers:");
     for (size_t i = 0; i < sizeof pointers / sizeof pointers[0]; ++i)
-        printf(" %s", pointers[i] == NULL ? "null" : pointers[i] == fcb ? "self" : "other");
-    printf("\n");
-    printf("arg2_len=%u key_occurrence=%u rec_no=%u rec_read=%u name_len=%u\n", fcb->arg2_len,
-           fcb->key_occurrence, fcb->rec_no, fcb->rec_read, fcb->name_len);
-    printf("doctype_len=%u read_buf_len=%u rec_count=%u status=%d flags=%u\n", fcb->doctype_len,
-           fcb->read_buf_len, fcb->rec_count, fcb->status, fcb->flags);
-    printf("open_mode=%u opcode=%u reserved=%u %u\n", fcb->open_mode, fcb->opcode, fcb->reserved132,
-           fcb->reserved120);
+        printf("%s ", pointers[i] == NULL ? "null" : pointers[i] == fcb ? "self" : "other");
+    printf("\n%u %u %u %u %u %u %u %u %u %d %u %u %u %u\n", fcb->arg2_len, fcb->key_occurrence,
+           fcb->rec_no, fcb->rec_read, fcb->name_len, fcb->doctype_len, fcb->read_buf_len,
+           fcb->rec_count, fcb->reserved120, fcb->status, fcb->flags, fcb->reserved132,
+           fcb->open_mode, fcb->opcode);
     fflush(stdout);
-    /* Back to the program: what its 88 levels must see. */
     fcb->status = XMLIO_ST_UNWRITTEN;
     fcb->open_mode = XMLIO_EXTEND;
     fcb->opcode = XMLIO_OP_REWRITE;

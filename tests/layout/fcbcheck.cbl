@@ -1,7 +1,6 @@
-      *> The control block copybook against the library's layout:
-      *> fields set here are printed by C through the header, values
-      *> set by C are tested here through the 88 levels, and the
-      *> library answers a call through the same block.
+      *> cblxml-file.cpy against the header: fields set here are
+      *> printed by C, values set by C are tested here, and the
+      *> library answers through the block.
        IDENTIFICATION DIVISION.
        PROGRAM-ID. FCBCHECK.
        DATA DIVISION.
@@ -26,7 +25,6 @@
                    AND F-OP-REWRITE
                DISPLAY "88 levels see the C values"
            END-IF
-      *> A fresh block: only OPEN is accepted, and OPEN wants a mode.
            INITIALIZE F-FCB
            SET F-FCB-KEY-ITEM F-FCB-NAME TO NULL
            SET F-OP-READ TO TRUE

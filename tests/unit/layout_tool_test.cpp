@@ -20,7 +20,6 @@ TEST(LayoutTool, BadInputGetsOneLocatedLineAndStatusTwo)
     } cases[] = {
         {"       01 R.|          05 A PIC X FOO.", "2:22: unknown clause FOO"},
         {"       01 R.|          05 A PIC 9(X).", "2:20: PICTURE 9(X) does not parse"},
-        {"       01 R.|          05 A PIC SX.", "2:20: PICTURE SX does not parse"},
         {"       01 R.|          05 A PIC X(4) COMP.",
          "2:20: PICTURE X(4) does not fit USAGE COMP"},
         {"       01 R.|          05 A.|             10 B PIC X.|           07 C PIC X.",
@@ -28,9 +27,7 @@ TEST(LayoutTool, BadInputGetsOneLocatedLineAndStatusTwo)
         {"       01 R.|          05 A PIC X.|             10 B PIC X.",
          "3:14: level 10 does not fit: A is an elementary item"},
         {"       05 A PIC X.", "1:8: the first item must have level 01"},
-        {"       77 A PIC X.", "1:8: level 77 does not belong in a record description"},
         {"       01 R.|          05 A.", "2:11: A needs a PICTURE clause"},
-        {"       01 R.|          05 A PIC X", "2:20: the last entry does not end with a period"},
         {"       01 R.|      *> xml: name=1abc|          05 A PIC X.",
          "2:20: '1abc' is not a valid XML name"},
         {"       01 R.|          05 A PIC X.          *> xml: name=a colour=red",
@@ -55,13 +52,11 @@ TEST(LayoutTool, BadInputGetsOneLocatedLineAndStatusTwo)
             "cd " + dir.string() + " && " + CBLXML_LAYOUT_TOOL + " " + input + " 2>&1";
         FILE *pipe = popen(command.c_str(), "r");
         ASSERT_NE(pipe, nullptr);
-        std::string out;
-        char buffer[512];
-        for (size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
-            out.append(buffer, n);
+        char out[512] = "";
+        out[fread(out, 1, sizeof out - 1, pipe)] = 0;
         const int status = pclose(pipe);
         EXPECT_EQ(WEXITSTATUS(status), 2) << c.copybook;
-        EXPECT_EQ(out, input + ":" + c.message + "\n") << c.copybook;
+        EXPECT_EQ(std::string(out), input + ":" + c.message + "\n") << c.copybook;
         EXPECT_FALSE(std::filesystem::exists(dir / "bad-xml.cpy")) << c.copybook;
     }
     std::filesystem::remove_all(dir);

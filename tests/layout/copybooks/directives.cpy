@@ -1,4 +1,3 @@
-      *> Every XML directive.
       *> xml: name=doc ns=urn:example:doc
        01 DOC-REC.
           05 DOC-ATTRS.                     *> xml: attributes

@@ -1,4 +1,3 @@
-      *> Usage and sign given on groups reach their items.
        01 GROUPS-REC.
           05 G-BIN COMP-5.
              10 GB-1 PIC S9(3).

@@ -1,5 +1,3 @@
-      *> An order: attributes, a table that depends on a count, a
-      *> redefinition and an 88 level.
       *> xml: name=order ns=urn:example:order
        01 ORDER-REC.
           05 ORDER-ATTRS.                 *> xml: attributes

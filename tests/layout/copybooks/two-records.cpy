@@ -1,4 +1,3 @@
-      *> Two record descriptions of one file: the same names in both.
        01 HEADER-REC.
           05 REC-KIND  PIC X VALUE "H".
           05 CREATED   PIC 9(8).

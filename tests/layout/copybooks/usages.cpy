@@ -1,5 +1,3 @@
-      *> Every usage, with the binary sizes by digits, and the
-      *> signs; more than 40 items in nested tables.
        01 ALL-USAGES.
           05 BIN-1      PIC 9 COMP.
           05 BIN-2      PIC S99 BINARY.
