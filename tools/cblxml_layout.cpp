@@ -13,6 +13,7 @@
 #include <map>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "copybook.h"
@@ -38,6 +39,14 @@ std::string upper(std::string text)
     for (char &c : text)
         c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
     return text;
+}
+
+std::string cat(std::initializer_list<std::string_view> parts)
+{
+    std::string out;
+    for (const std::string_view part : parts)
+        out += part;
+    return out;
 }
 
 std::string stem(const std::string &path)
@@ -114,7 +123,7 @@ std::vector<std::vector<std::string>> descriptor_names(const Compiled &c, const 
         const auto &items = c.records[r].items();
         for (size_t i = 0; i < items.size(); ++i) {
             const std::string name = upper(book.fields[c.fields[r][i]].name);
-            const std::string wanted = prefix + "-" + name;
+            const std::string wanted = cat({prefix, "-", name});
             const bool cobol_word =
                 !name.empty() && name.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-") ==
                                      std::string::npos;
@@ -153,7 +162,7 @@ std::string data_copybook(const Copybook &book, Compiled &c, const std::string &
     for (size_t r = 0; r < c.records.size(); ++r) {
         auto &record = c.records[r];
         const std::string n = std::to_string(r + 1);
-        cob.code(0, "01 " + prefix + "-DESC-" + n + ".");
+        cob.code(0, cat({"01 ", prefix, "-DESC-", n, "."}));
         for (size_t i = 0; i < record.size(); ++i) {
             const auto &item = record.items()[i];
             const size_t start =
@@ -163,35 +172,37 @@ std::string data_copybook(const Copybook &book, Compiled &c, const std::string &
                     ? reinterpret_cast<const unsigned char *>(record.item_at(i + 1)) -
                           record.image()
                     : record.image_size();
-            cob.comment(std::to_string(item.level) + " " +
-                        (item.name.empty() ? std::string("(unnamed)") : item.name) + " at " +
-                        std::to_string(*item.offset) + ", " + std::to_string(*item.length) +
-                        " bytes" +
-                        (item.occurs != 0 ? ", occurs " + std::to_string(item.occurs) : ""));
-            cob.code(3, "05 " + names[r][i] + " PIC X(" + std::to_string(end - start) + ") VALUE");
+            cob.comment(cat({std::to_string(item.level), " ",
+                             item.name.empty() ? std::string_view("(unnamed)") : item.name, " at ",
+                             std::to_string(*item.offset), ", ", std::to_string(*item.length),
+                             " bytes", item.occurs != 0 ? ", occurs " : "",
+                             item.occurs != 0 ? std::to_string(item.occurs) : ""}));
+            cob.code(3,
+                     cat({"05 ", names[r][i], " PIC X(", std::to_string(end - start), ") VALUE"}));
             const std::string bytes = hex(record.image() + start, end - start);
             for (size_t at = 0; at < bytes.size(); at += 48) {
                 const bool last = at + 48 >= bytes.size();
-                cob.code(at == 0 ? 8 : 6, std::string(at == 0 ? "" : "& ") + "X\"" +
-                                              bytes.substr(at, 48) + "\"" + (last ? "." : ""));
+                cob.code(at == 0 ? 8 : 6,
+                         cat({at == 0 ? "" : "& ", "X\"", std::string_view(bytes).substr(at, 48),
+                              "\"", last ? "." : ""}));
             }
         }
-        cob.code(0, "01 " + prefix + "-COUNTS-" + n + " PIC X(" +
-                        std::to_string(4 * record.counts().size()) + ") VALUE LOW-VALUES.");
+        cob.code(0, cat({"01 ", prefix, "-COUNTS-", n, " PIC X(",
+                         std::to_string(4 * record.counts().size()), ") VALUE LOW-VALUES."}));
     }
     cob.code(0, "01 " + prefix + "-RECORDS.");
     for (size_t r = 0; r < c.records.size(); ++r) {
         const std::string n = std::to_string(r + 1);
-        cob.comment("record " + n + ": " + book.fields[book.records[r]].name);
-        cob.code(3, "05 " + prefix + "-ENTRY-" + n + ".");
-        cob.code(6, "10 " + prefix + "-ROOT-" + n + " USAGE POINTER.");
+        cob.comment(cat({"record ", n, ": ", book.fields[book.records[r]].name}));
+        cob.code(3, cat({"05 ", prefix, "-ENTRY-", n, "."}));
+        cob.code(6, cat({"10 ", prefix, "-ROOT-", n, " USAGE POINTER."}));
         cob.code(6, "10 FILLER USAGE POINTER.");
-        cob.code(6, "10 " + prefix + "-COUNTS-AT-" + n + " USAGE POINTER.");
-        cob.code(6, "10 " + prefix + "-DATA-" + n + " USAGE POINTER.");
+        cob.code(6, cat({"10 ", prefix, "-COUNTS-AT-", n, " USAGE POINTER."}));
+        cob.code(6, cat({"10 ", prefix, "-DATA-", n, " USAGE POINTER."}));
         cob.code(6, "10 FILLER BINARY-LONG UNSIGNED VALUE 0.");
-        cob.code(6, "10 " + prefix + "-DESC-COUNT-" + n + " BINARY-LONG UNSIGNED VALUE " +
-                        std::to_string(c.records[r].size()) + ".");
-        cob.code(6, "10 " + prefix + "-LINK-FLAGS-" + n + " BINARY-LONG UNSIGNED VALUE 0.");
+        cob.code(6, cat({"10 ", prefix, "-DESC-COUNT-", n, " BINARY-LONG UNSIGNED VALUE ",
+                         std::to_string(c.records[r].size()), "."}));
+        cob.code(6, cat({"10 ", prefix, "-LINK-FLAGS-", n, " BINARY-LONG UNSIGNED VALUE 0."}));
         cob.code(6, "10 FILLER PIC X(20) VALUE LOW-VALUES.");
     }
     return cob.str();
@@ -210,11 +221,11 @@ std::string setup_copybook(const Copybook &book, const Compiled &c, const std::s
     cob.code(0, prefix + "-SETUP.");
     for (size_t r = 0; r < c.records.size(); ++r) {
         const std::string n = std::to_string(r + 1);
-        cob.code(4, "SET " + prefix + "-ROOT-" + n + " TO ADDRESS OF " + prefix + "-DESC-" + n);
+        cob.code(4, cat({"SET ", prefix, "-ROOT-", n, " TO ADDRESS OF ", prefix, "-DESC-", n}));
         cob.code(4,
-                 "SET " + prefix + "-COUNTS-AT-" + n + " TO ADDRESS OF " + prefix + "-COUNTS-" + n);
-        cob.code(4, "SET " + prefix + "-DATA-" + n + " TO ADDRESS OF " +
-                        book.fields[book.records[r]].name);
+                 cat({"SET ", prefix, "-COUNTS-AT-", n, " TO ADDRESS OF ", prefix, "-COUNTS-", n}));
+        cob.code(4, cat({"SET ", prefix, "-DATA-", n, " TO ADDRESS OF ",
+                         book.fields[book.records[r]].name}));
     }
     cob.code(4, "SET " + prefix + "-FCB-RECORDS TO ADDRESS OF " + prefix + "-RECORDS");
     cob.code(4, "MOVE " + std::to_string(c.records.size()) + " TO " + prefix + "-FCB-REC-COUNT");
@@ -276,7 +287,7 @@ std::string probe(const Copybook &book, const std::string &copybook)
             std::string subs;
             for (unsigned s = 0; s < subscripts; ++s)
                 subs += s == 0 ? "(1" : " 1";
-            const std::string ref = name + (subs.empty() ? "" : " " + subs + ")");
+            const std::string ref = subs.empty() ? name : cat({name, " ", subs, ")"});
             cob.code(4, "SET PROBE-AT TO ADDRESS OF " + ref);
             cob.code(4, "COMPUTE PROBE-OFFSET = PROBE-AT-N - PROBE-BASE-N");
             // BYTE-LENGTH: LENGTH OF a record with a table that depends on a

@@ -53,7 +53,7 @@ void layout_dump(const xml_rec_entry_t *entries, const uint32_t *count)
                 if (strings[s] != NULL)
                     printf(" [%.*s]", (int)lengths[s], strings[s]);
             }
-            FIELD(d, next_desc, d);
+            memcpy(&d, (const char *)d + offsetof(IDESC, next_desc), sizeof(IDESC *));
         }
         printf("\n");
     }

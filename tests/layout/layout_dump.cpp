@@ -24,6 +24,7 @@ int main(int argc, char **argv)
         const auto book = cblxml::copybook::read_copybook(text, argc > 2);
         std::vector<cblxml::layout::Record> records;
         std::vector<xml_rec_entry_t> entries;
+        entries.reserve(book.records.size());
         for (size_t r = 0; r < book.records.size(); ++r)
             records.emplace_back(cblxml::copybook::record_items(book, r));
         for (auto &record : records)

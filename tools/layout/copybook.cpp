@@ -351,9 +351,8 @@ bool analyse_picture(const std::string &written, Pic &pic)
         pic.cls = edit_alnum || edit_num ? 8 : has_x || pic.digits > 0 ? 2 : 4;
     else
         pic.cls = edit_alnum || edit_num ? 5 : 1;
-    if (pic.cls != 1 && (pic.is_signed || (point && pic.cls != 5)))
-        return false;
-    return true;
+    // A sign or an assumed point belongs to a number.
+    return pic.cls == 1 || (!pic.is_signed && (!point || pic.cls == 5));
 }
 
 // GnuCOBOL's sizes: binary items of 1, 2, 4 or 8 bytes by their digits; a

@@ -16,7 +16,8 @@ int main(void)
     unsigned char code[4];
     char event[30];
     for (int n = 0; n == 0 || (state != NULL && n < 100); ++n) {
-        CBL_XMLPARSE_INTERFACE(&state, &document, &text, &length, &text_length, code, event, &flags);
+        CBL_XMLPARSE_INTERFACE(&state, &document, &text, &length, &text_length, code, event,
+                               &flags);
         printf("%.30s|%.*s\n", event, (int)text_length, text != NULL ? (const char *)text : "");
     }
     free(text); /* the last event's text belongs to the caller */
