@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
+#include <fstream>
 #include <mutex>
 #include <set>
 #include <sstream>
@@ -34,8 +35,27 @@ std::string run(const std::string &command, int &status)
     return out;
 }
 
-TEST(LibraryTest, ExportsOnlyItsEntries)
+// The exported symbols are exactly what the version script names: every
+// symbol matches one of its global names or prefixes (name*), every plain
+// name is exported, and every prefix covers at least one symbol.
+TEST(LibraryTest, ExportsWhatTheVersionScriptNames)
 {
+    std::ifstream map(CBLXML_EXPORTS_MAP);
+    ASSERT_TRUE(map.good()) << CBLXML_EXPORTS_MAP;
+    std::set<std::string> names, prefixes;
+    bool global = false;
+    for (std::string word; map >> word;) {
+        if (word == "global:" || word == "local:") {
+            global = word == "global:";
+        } else if (global && word.size() > 1 && word.back() == ';') {
+            word.pop_back();
+            if (word.back() == '*')
+                prefixes.insert(word.substr(0, word.size() - 1));
+            else
+                names.insert(word);
+        }
+    }
+    ASSERT_TRUE(names.count("CBL_XMLIO_INTERFACE")) << "version script not read";
     int status = 0;
     const std::string out =
         run(std::string("nm -D --defined-only --format=posix ") + CBLXML_SHARED_LIB, status);
@@ -45,25 +65,20 @@ TEST(LibraryTest, ExportsOnlyItsEntries)
     for (std::string name, type, rest; lines >> name >> type && std::getline(lines, rest);)
         if (std::string("TDBWV").find(type) != std::string::npos)
             symbols.insert(name);
-    const std::set<std::string> wanted = {
-        "CBL_XMLPARSE_INTERFACE",
-        "CBL_XMLPARSE_INTERFACE_WRAP",
-        "CBL_XMLPARSE_EXCEPTION",
-        "CBL_XMLPARSE_EXCEPTION2",
-        "CBL_XMLIO",
-        "CBL_XMLIO_INTERFACE",
-        "DMInit",
-        "DMTerm",
-        "DMGetCblData",
-        "DMSetCblData",
-        "cblxml_register_services",
-    };
-    for (const std::string &name : wanted)
+    for (const std::string &name : names)
         EXPECT_TRUE(symbols.count(name)) << name << " is not exported";
-    for (const std::string &name : symbols) {
-        const bool known = wanted.count(name) || name.rfind("kvt_", 0) == 0;
-        EXPECT_TRUE(known) << name << " is exported but is not an entry";
+    std::set<std::string> used;
+    for (const std::string &symbol : symbols) {
+        bool known = names.count(symbol) != 0;
+        for (const std::string &prefix : prefixes) {
+            if (symbol.rfind(prefix, 0) == 0) {
+                known = true;
+                used.insert(prefix);
+            }
+        }
+        EXPECT_TRUE(known) << symbol << " is exported but the version script does not name it";
     }
+    EXPECT_EQ(used, prefixes) << "a prefix of the version script matches nothing";
 }
 
 // The parser library is initialised once per process, under the run-time's

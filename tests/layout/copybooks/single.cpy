@@ -1,0 +1,1 @@
+       01 ONE-ITEM PIC X(25).
