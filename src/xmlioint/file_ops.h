@@ -9,11 +9,17 @@
 
 namespace cblxml::xmlio {
 
-int32_t open_file(xmlio_fcb *fcb);   // opcode 1
-int32_t close_file(xmlio_fcb *fcb);  // opcode 2
-int32_t read_file(xmlio_fcb *fcb);   // opcode 4
-int32_t start_file(xmlio_fcb *fcb);  // opcode 5
-int32_t read_next(xmlio_fcb *fcb);   // opcode 6
+int32_t open_file(xmlio_fcb *fcb);          // opcode 1
+int32_t close_file(xmlio_fcb *fcb);         // opcode 2
+int32_t write_document(xmlio_fcb *fcb);     // opcode 3
+int32_t read_file(xmlio_fcb *fcb);          // opcode 4
+int32_t start_file(xmlio_fcb *fcb);         // opcode 5
+int32_t read_next(xmlio_fcb *fcb);          // opcode 6
+int32_t write_record(xmlio_fcb *fcb);       // opcode 7
+int32_t write_record_keep(xmlio_fcb *fcb);  // opcode 8
+int32_t insert_pi_text(xmlio_fcb *fcb);     // opcodes 9 and 10
+int32_t delete_record(xmlio_fcb *fcb);      // opcode 11
+int32_t rewrite_record(xmlio_fcb *fcb);     // opcode 12
 
 }  // namespace cblxml::xmlio
 

@@ -5,6 +5,7 @@
 
 #include "xexml/idesc_access.h"
 #include "xexml/record_map.h"
+#include "xexml/xml_write.h"
 #include "xmldom/dom_tree.h"
 #include "xmlioint/file_ops.h"
 
@@ -19,12 +20,7 @@ constexpr uint32_t kWalking = 2;
 
 // The record entry that the statement names; null when its number lies
 // outside the file's entries.
-xml_rec_entry_t *named_entry(xmlio_fcb *fcb)
-{
-    if (fcb->records == nullptr || fcb->rec_no == 0 || fcb->rec_no > fcb->rec_count)
-        return nullptr;
-    return &fcb->records[fcb->rec_no - 1];
-}
+xml_rec_entry_t *named_entry(const xmlio_fcb *fcb) { return xexml::record_entry(fcb, fcb->rec_no); }
 
 // The checks that START and READ NEXT share: a tree, the record read, and
 // (for the search) a key item and its record entry; 0 or a status.

@@ -2,7 +2,6 @@
 // block, links the record layouts at the first OPEN, and hands the block to
 // the operation of its opcode. Every result is left in the block's status.
 #include "xmlioint/file_ops.h"
-#include "xmlioint/file_write.h"
 
 namespace cblxml::xmlio {
 namespace {
