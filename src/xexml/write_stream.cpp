@@ -30,7 +30,9 @@ void drop_tree(xmlio_fcb *fcb)
 {
     if (fcb->doc == nullptr)
         return;
-    kvt_xe_xml_dom_free_node(fcb->doc->document, 0);
+    // The whole tree goes through the tree delete (the document node frees
+    // everything below it), then its anchor.
+    kvt_xe_xml_dom_delete(fcb, fcb->doc->document);
     std::free(fcb->doc);
     fcb->doc = nullptr;
 }

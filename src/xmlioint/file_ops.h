@@ -21,6 +21,11 @@ int32_t insert_pi_text(xmlio_fcb *fcb);     // opcodes 9 and 10
 int32_t delete_record(xmlio_fcb *fcb);      // opcode 11
 int32_t rewrite_record(xmlio_fcb *fcb);     // opcode 12
 
+// The checks that START, READ NEXT, DELETE and REWRITE share: -5 without a
+// tree; -6 when the record read is not the one named, or there is no key
+// item or record entry to search with; else 0.
+int32_t positioning_checks(const xmlio_fcb *fcb);
+
 }  // namespace cblxml::xmlio
 
 #endif

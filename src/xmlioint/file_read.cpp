@@ -22,18 +22,6 @@ constexpr uint32_t kWalking = 2;
 // outside the file's entries.
 xml_rec_entry_t *named_entry(const xmlio_fcb *fcb) { return xexml::record_entry(fcb, fcb->rec_no); }
 
-// The checks that START and READ NEXT share: a tree, the record read, and
-// (for the search) a key item and its record entry; 0 or a status.
-int32_t positioning_checks(xmlio_fcb *fcb)
-{
-    if (fcb->doc == nullptr || fcb->doc->document == nullptr)
-        return XMLIO_ST_NO_DOCUMENT;
-    // Without a key item or a record entry no element can match the key.
-    if (fcb->rec_read != fcb->rec_no || fcb->key_item == nullptr || named_entry(fcb) == nullptr)
-        return XMLIO_ST_NO_MATCH;
-    return XMLIO_ST_OK;
-}
-
 // The counts of the key item's slots: its own and the slot_span below it.
 struct KeySlots {
     size_t first = 0;
@@ -100,6 +88,16 @@ dom::Node *walk_on(xmlio_fcb *fcb, IDESC *key, xml_rec_entry_t *entry)
 }
 
 }  // namespace
+
+int32_t positioning_checks(const xmlio_fcb *fcb)
+{
+    if (fcb->doc == nullptr || fcb->doc->document == nullptr)
+        return XMLIO_ST_NO_DOCUMENT;
+    // Without a key item or a record entry no element can match the key.
+    if (fcb->rec_read != fcb->rec_no || fcb->key_item == nullptr || named_entry(fcb) == nullptr)
+        return XMLIO_ST_NO_MATCH;
+    return XMLIO_ST_OK;
+}
 
 int32_t read_file(xmlio_fcb *fcb)
 {
