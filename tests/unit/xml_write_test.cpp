@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "record_layout.h"
+#include "xmlio_read_back.h"
 
 using cblxml::layout::File;
 
@@ -353,36 +354,14 @@ TEST(XmlWrite, AttributeHolderInsert)
                             "ns2:id2=\"v2\">t</el>\r\n");
 }
 
-// The bytes of the first occurrence of `path` in the record area.
-std::string occurrence_bytes(cblxml::layout::Record &record, const char *path)
-{
-    const IDESC *item = record.item(path);
-    const auto &area = record.area();
-    return std::string(area.begin() + item->offset, area.begin() + item->offset + item->length);
-}
-
-// Reads `text` back with READ and READ NEXT on the key item `key`: each
-// record, field by field (the bytes of the key item's first occurrence),
-// then the end of the file.
+// READ and READ NEXT give every record back, field by field (the bytes of
+// the key item's first occurrence), then the end of the file.
 void expect_read_back(const char *layout, const char *key, const std::string &text,
                       const std::vector<std::string> &records)
 {
-    File file({layout});
-    file.use_document(text);
-    file.fcb().key_item = file.record(1).item(key);
-    ASSERT_EQ(file.open(XMLIO_INPUT), 0);
-    ASSERT_EQ(file.call(XMLIO_OP_READ), 1);
-    for (size_t i = 0; i < records.size(); ++i) {
-        SCOPED_TRACE("record " + std::to_string(i + 1));
-        // READ maps the first record into the first occurrence; each READ
-        // NEXT maps the next one there.
-        if (i > 0) {
-            ASSERT_EQ(file.call(XMLIO_OP_READ_NEXT), 0);
-        }
-        EXPECT_EQ(occurrence_bytes(file.record(1), key), records[i]);
-    }
-    EXPECT_EQ(file.call(XMLIO_OP_READ_NEXT), XMLIO_ST_NO_CURRENT);
-    EXPECT_EQ(file.close(), 0);
+    int32_t end = 0;
+    EXPECT_EQ(cblxml_test::read_back(layout, key, text, end), records);
+    EXPECT_EQ(end, XMLIO_ST_NO_CURRENT);
 }
 
 const char *kRoundTrip = R"(
@@ -427,7 +406,7 @@ TEST(XmlWrite, RoundTripRecords)
     std::vector<std::string> written;
     for (const auto &record : kRoundTripRecords) {
         w.set(record);
-        written.push_back(occurrence_bytes(w.file.record(1), "order"));
+        written.push_back(cblxml_test::occurrence_bytes(w.file.record(1), "order"));
         ASSERT_EQ(w.file.call(XMLIO_OP_WRITE_KEEP), 0);
     }
     const std::string text = w.document();
@@ -450,7 +429,7 @@ TEST(XmlWrite, RoundTripRecords)
     ASSERT_EQ(file.call(XMLIO_OP_START), 0);
     ASSERT_EQ(file.call(XMLIO_OP_READ_NEXT), 0);
     file.record(1).set("name", "CHANGED");
-    written[1] = occurrence_bytes(file.record(1), "order");
+    written[1] = cblxml_test::occurrence_bytes(file.record(1), "order");
     written.pop_back();
     EXPECT_EQ(file.call(XMLIO_OP_REWRITE), 0);
     ASSERT_EQ(file.call(XMLIO_OP_READ_NEXT), 0);
