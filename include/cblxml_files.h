@@ -312,6 +312,24 @@ CBLXML_API void kvt_xe_xmlio_write_stream(xmlio_fcb *fcb, int32_t top);
    Without `replacing` the new element keeps only its text and attributes.
    Returns the status it leaves in fcb->status: 0, or -8 when no place fits. */
 CBLXML_API int32_t kvt_xe_xml_dom_insert(xmlio_fcb *fcb, int32_t replacing);
+/* Takes `node` out of its list (a document node: the whole tree) and frees
+   it with everything below it. When the anchor's current node lies inside
+   it, the position moves to the node's next sibling (position mode -1).
+   Returns 0, or 1 for a null node. */
+CBLXML_API int32_t kvt_xe_xml_dom_delete(xmlio_fcb *fcb, xd_dom_node_t *node);
+/* Replaces `node` by a fresh copy of the key item built from the record:
+   the copy is linked beside it on the side the position mode gives, then
+   `node` is deleted. The position stays where it was unless it lay inside
+   `node` (then it is the copy). Returns the status it leaves: 0, or the
+   insert's failure (-8: no place), with the tree unchanged. */
+CBLXML_API int32_t kvt_xe_xml_dom_modify(xmlio_fcb *fcb, xd_dom_node_t *node);
+/* Inserts the arg2_len bytes at arg2 next to the current node and makes
+   them current (position mode 0): a processing instruction for opcode 9
+   (target up to the first space, data the rest unless blank), else a text
+   node ending in CR LF unless XMLIO_COMPACT. Without a tree a document node
+   is made first. Returns 0, -8 (nodes but no current node) or -2 (nothing
+   could be made: no text, a blank instruction, no memory). */
+CBLXML_API int32_t kvt_xe_xml_dom_insertPIPT(xmlio_fcb *fcb);
 
 #ifdef __cplusplus
 } /* extern "C" */

@@ -6,10 +6,9 @@
 #include "xexml/idesc_access.h"
 #include "xexml/item_text.h"
 #include "xexml/record_builder.h"
-#include "xexml/write_search.h"
+#include "xexml/record_map.h"
 #include "xexml/xml_write.h"
-#include "xmldom/dom_append.h"
-#include "xmldom/dom_build.h"
+#include "xmldom/dom_tree.h"
 
 namespace cblxml::xexml {
 namespace {
@@ -26,19 +25,9 @@ bool inserts_after(const xml_doc_anchor_t *anchor)
 void link_beside(const xml_doc_anchor_t *anchor, xd_dom_node_t *current, xd_dom_node_t *node)
 {
     if (inserts_after(anchor))
-        dom_link_after(current, node);
+        dom::link_after(current, node);
     else
-        dom_link_before(current, node);
-}
-
-void remove_non_text_children(xd_dom_node_t *node)
-{
-    for (xd_dom_node_t *c = node->first_child; c != nullptr;) {
-        xd_dom_node_t *next = c->next_sibling;
-        if (c->kind != XD_DOM_TEXT)
-            dom_remove(c);
-        c = next;
-    }
+        dom::link_before(current, node);
 }
 
 // One node for `item`: a processing instruction for an item flagged 0x80,
@@ -63,10 +52,10 @@ xd_dom_node_t *build_one(xmlio_fcb *fcb, xml_rec_entry_t *entry, IDESC *item, bo
     }
     xd_dom_node_t *node = scratch->first_child;
     if (built && node != nullptr)
-        dom_unlink(node);
+        dom::unlink(node);
     else
         node = nullptr;
-    kvt_xe_xml_dom_free_node(scratch, 0);
+    dom::free_tree(scratch);
     failed = !built;
     return node;
 }
@@ -82,20 +71,20 @@ int32_t insert_item(xmlio_fcb *fcb, xml_rec_entry_t *entry, IDESC *item, bool re
     bool failed = false;
     // The path check covers "the current node's parent matches the item's
     // parent": the new node becomes the current node's sibling.
-    if (wsearch::path_matches(current, item)) {
+    if (path_matches(current, item)) {
         xd_dom_node_t *node = build_one(fcb, entry, item, failed);
         if (node == nullptr)
             return failed ? kOutOfMemory : XMLIO_ST_OK;
         link_beside(anchor, current, node);
         anchor->current = node;
         if (!replacing)
-            remove_non_text_children(node);
+            dom::remove_non_text_children(node);
         return XMLIO_ST_OK;
     }
     // Another level: the nearest node, from the item's node (or the current
     // node) upwards, that matches one of the item's ancestors holds the
     // subtree of the ancestor's child on the item's chain.
-    xd_dom_node_t *start = wsearch::search(current, item, 0);
+    xd_dom_node_t *start = kvt_xe_xml_dom_search(current, item, entry, 0);
     if (start == nullptr)
         start = current;
     xd_dom_node_t *parent = nullptr;
@@ -105,7 +94,7 @@ int32_t insert_item(xmlio_fcb *fcb, xml_rec_entry_t *entry, IDESC *item, bool re
             continue;
         IDESC *below = item;
         for (IDESC *up = DESC_GET(item, parent); up != nullptr; up = DESC_GET(up, parent)) {
-            if (wsearch::node_matches(n, up) && wsearch::path_matches(n, up)) {
+            if (node_matches(n, up) && path_matches(n, up)) {
                 parent = n;
                 build = below;
                 break;
@@ -118,11 +107,11 @@ int32_t insert_item(xmlio_fcb *fcb, xml_rec_entry_t *entry, IDESC *item, bool re
     xd_dom_node_t *node = build_one(fcb, entry, build, failed);
     if (node == nullptr)
         return failed ? kOutOfMemory : XMLIO_ST_OK;
-    if (!dom_append_child(parent, node)) {
-        kvt_xe_xml_dom_free_node(node, 0);
+    if (!dom::link_child(parent, node)) {
+        dom::free_tree(node);
         return XMLIO_ST_OK;
     }
-    xd_dom_node_t *found = wsearch::search(node, item, 0);
+    xd_dom_node_t *found = kvt_xe_xml_dom_search(node, item, entry, 0);
     // Not found in the new subtree (the item made no node of its own): the
     // subtree's root is the position.
     if (found == nullptr) {
@@ -130,9 +119,9 @@ int32_t insert_item(xmlio_fcb *fcb, xml_rec_entry_t *entry, IDESC *item, bool re
         return XMLIO_ST_OK;
     }
     if (!replacing)
-        remove_non_text_children(found);
+        dom::remove_non_text_children(found);
     for (xd_dom_node_t *a = found; a != node && a != nullptr; a = a->parent)
-        dom_remove_siblings(a, false);
+        dom::remove_siblings(a, false);
     anchor->current = found;
     return XMLIO_ST_OK;
 }
@@ -141,7 +130,7 @@ int32_t insert_attribute(xmlio_fcb *fcb, xml_rec_entry_t *entry, IDESC *holder, 
 {
     xml_doc_anchor_t *anchor = fcb->doc;
     xd_dom_node_t *current = anchor->current;
-    if (current->kind != XD_DOM_ATTRIBUTE || !wsearch::path_matches(current, holder)) {
+    if (current->kind != XD_DOM_ATTRIBUTE || !path_matches(current, holder)) {
         IDESC *group = DESC_GET(holder, parent);
         return group != nullptr ? insert_item(fcb, entry, group, replacing) : XMLIO_ST_NO_POSITION;
     }

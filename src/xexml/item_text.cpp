@@ -3,47 +3,10 @@
 #include <cstring>
 
 #include "platform/platform.h"
+#include "xexml/dm_description.h"
 #include "xexml/idesc_access.h"
 
 namespace cblxml::xexml {
-namespace {
-
-// Compiler byte -> data-map code; 0xFFFFFFFF: no code (the field stays 0).
-constexpr uint32_t kNone = 0xFFFFFFFFu;
-constexpr uint32_t kClassCodes[] = {kNone, 16, 19, 19, 17, 20, 21, 22, 18};
-constexpr uint32_t kUsageCodes[] = {8, 8, 1, 2, 3, 0, 5, 6, 7, kNone, kNone, 8, 9};
-constexpr uint32_t kSignCodes[] = {0, 2, 1, 4, 3, 1};
-
-template <size_t N>
-uint32_t code_of(const uint32_t (&table)[N], uint8_t byte)
-{
-    return byte < N && table[byte] != kNone ? table[byte] : 0;
-}
-
-constexpr uint8_t kUsageComp1 = 2;
-constexpr uint8_t kUsageComp2 = 3;
-
-}  // namespace
-
-void item_dm_description(const IDESC *item, dm_item_desc &desc, std::string &format)
-{
-    desc = dm_item_desc{};
-    desc.length = DESC_GET(item, length);
-    desc.class_code = code_of(kClassCodes, DESC_GET(item, class_source));
-    const uint8_t usage = DESC_GET(item, usage_source);
-    desc.usage_code = code_of(kUsageCodes, usage);
-    // Floating-point usages are numeric whatever the class byte says.
-    if (usage == kUsageComp1 || usage == kUsageComp2)
-        desc.class_code = DM_CLASS_NUMERIC;
-    desc.sign_flag = (DESC_GET(item, flags) & IDESC_SIGNED) != 0 ? 1 : 0;
-    desc.sign_position = code_of(kSignCodes, DESC_GET(item, sign_position));
-    desc.digits = DESC_GET(item, digits);
-    desc.scale = DESC_GET(item, scale);
-    const char *third = DESC_GET(item, third_ptr);
-    const uint32_t third_len = DESC_GET(item, third_len);
-    format.assign(third != nullptr ? third : "", third != nullptr ? third_len : 0);
-    desc.format = format.c_str();
-}
 
 std::string item_bytes(xml_rec_entry_t *entry, IDESC *item, uint32_t width)
 {

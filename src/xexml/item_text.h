@@ -9,11 +9,6 @@
 
 namespace cblxml::xexml {
 
-// Fills the 40-byte data-map description of `item` from its compiler bytes
-// (class, usage and sign tables). `format` receives the terminated copy of
-// the third string that desc.format points into; it must outlive desc.
-void item_dm_description(const IDESC *item, dm_item_desc &desc, std::string &format);
-
 // The text of the item's current occurrence (addressed by subscripts),
 // padded with spaces to the item's length except for COMP-1 and COMP-2
 // items. Empty when the item has no address or the data map cannot convert

@@ -6,7 +6,7 @@
 
 #include "xexml/idesc_access.h"
 #include "xexml/item_text.h"
-#include "xmldom/dom_append.h"
+#include "xmldom/dom_tree.h"
 
 namespace cblxml::xexml {
 namespace {
@@ -65,11 +65,11 @@ void append(xd_dom_node_t *parent, xd_dom_node_t *node)
 {
     // A document node takes elements only, here: anything else is dropped.
     if (parent->kind == XD_DOM_DOCUMENT && node->kind != XD_DOM_ELEMENT) {
-        kvt_xe_xml_dom_free_node(node, 0);
+        dom::free_tree(node);
         return;
     }
-    if (!dom_append_child(parent, node))
-        kvt_xe_xml_dom_free_node(node, 0);
+    if (!dom::link_child(parent, node))
+        dom::free_tree(node);
 }
 
 void add_text(record_builder &builder, xd_dom_node_t *element, const std::string &text)

@@ -208,6 +208,10 @@ bool map_occurrences(MapContext &ctx, dom::Node *element, IDESC *child)
 
 bool node_matches(const dom::Node *node, const IDESC *item)
 {
+    // Only elements and attributes stand for items: a processing instruction
+    // or text node never matches, whatever its name.
+    if (!dom::is_element(node) && !dom::is_attribute(node))
+        return false;
     const uint32_t flags = flags_of(item);
     if ((flags & IDESC_NO_NAME) == 0) {
         const char *name = dom::name(node);

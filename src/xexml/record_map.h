@@ -28,7 +28,9 @@ struct MapContext {
 
 // The node's name and namespace against the item's (exact name unless the
 // item matches any name; namespace compared on the item's length, so a
-// longer URI with the same beginning matches).
+// longer URI with the same beginning matches). Only an element or an
+// attribute matches. The reading side, the writer and the tree updates all
+// match through this and path_matches.
 bool node_matches(const dom::Node *node, const IDESC *item);
 // The node's ancestors below the document against the item's parent chain,
 // pairwise; both must end together.

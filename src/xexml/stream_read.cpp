@@ -5,6 +5,7 @@
 
 #include "platform/platform.h"
 #include "xexml/record_map.h"
+#include "xexml/xml_write.h"
 #include "xmldom/dom_tree.h"
 
 namespace cblxml::xexml {
@@ -199,19 +200,10 @@ void keep_rest(xmlio_fcb *fcb, const xd_dom_parse_err_t &stop, const char *encod
         fcb->read_buf_len = static_cast<uint32_t>(rest);
 }
 
-void free_held_tree(xmlio_fcb *fcb)
-{
-    if (fcb->doc == nullptr)
-        return;
-    dom::free_tree(fcb->doc->document);
-    std::free(fcb->doc);
-    fcb->doc = nullptr;
-}
-
 // The new tree replaces the held one; its root element is mapped.
 void hold_and_map(xmlio_fcb *fcb, dom::Node *document)
 {
-    free_held_tree(fcb);
+    drop_tree(fcb);
     auto *anchor = static_cast<xml_doc_anchor_t *>(
         dom::first_child(document) != nullptr ? std::calloc(1, sizeof(xml_doc_anchor_t)) : nullptr);
     if (anchor == nullptr) {

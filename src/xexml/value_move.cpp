@@ -6,73 +6,12 @@
 #include <string>
 
 #include "platform/platform.h"
+#include "xexml/dm_description.h"
 #include "xexml/idesc_access.h"
 #include "xexml/record_map.h"
 
 namespace cblxml::xexml {
 namespace {
-
-// Compiler bytes of the descriptor head to data-map codes; 0 for a byte the
-// tables do not name.
-uint32_t class_code(uint8_t source)
-{
-    static const uint32_t kCodes[] = {0,
-                                      DM_CLASS_NUMERIC,
-                                      DM_CLASS_ALPHANUMERIC,
-                                      DM_CLASS_ALPHANUMERIC,
-                                      DM_CLASS_ALPHABETIC,
-                                      DM_CLASS_NUMERIC_EDITED,
-                                      DM_CLASS_NATIONAL,
-                                      DM_CLASS_DBCS,
-                                      DM_CLASS_ALNUM_EDITED};
-    return source < sizeof kCodes / sizeof kCodes[0] ? kCodes[source] : 0;
-}
-
-// The usage code; COMP-1 and COMP-2 force the class to numeric.
-void set_usage(dm_item_desc &desc, uint8_t source)
-{
-    switch (source) {
-    case 0:
-    case 1:
-    case 11:
-        desc.usage_code = DM_USAGE_DISPLAY;
-        break;
-    case 2:
-        desc.usage_code = DM_USAGE_COMP1;
-        desc.class_code = DM_CLASS_NUMERIC;
-        break;
-    case 3:
-        desc.usage_code = DM_USAGE_COMP2;
-        desc.class_code = DM_CLASS_NUMERIC;
-        break;
-    case 4:
-        desc.usage_code = DM_USAGE_PACKED;
-        break;
-    case 5:
-        desc.usage_code = DM_USAGE_BINARY;
-        break;
-    case 6:
-        desc.usage_code = DM_USAGE_COMP5;
-        break;
-    case 7:
-        desc.usage_code = DM_USAGE_COMP6;
-        break;
-    case 8:
-        desc.usage_code = DM_USAGE_COMPX;
-        break;
-    case 12:
-        desc.usage_code = DM_USAGE_NATIONAL;
-        break;
-    default:
-        break;
-    }
-}
-
-uint32_t sign_position_code(uint8_t source)
-{
-    static const uint32_t kCodes[] = {0, 2, 1, 4, 3, 1};
-    return source < sizeof kCodes / sizeof kCodes[0] ? kCodes[source] : 0;
-}
 
 // The target of a value move: by count for receivers and named non-holders,
 // otherwise by subscript inside a table of more than one occurrence.
@@ -127,14 +66,6 @@ void plain_move(IDESC *item, unsigned char *target, const char *text, uint32_t l
     }
 }
 
-// The item's format text as a NUL-terminated copy.
-std::string format_text(const IDESC *item)
-{
-    const char *third = DESC_GET(item, third_ptr);
-    const uint32_t length = DESC_GET(item, third_len);
-    return third != nullptr ? std::string(third, length) : std::string();
-}
-
 }  // namespace
 
 void move_value(MapContext &ctx, IDESC *item, const char *text, uint32_t length)
@@ -167,16 +98,9 @@ void move_value(MapContext &ctx, IDESC *item, const char *text, uint32_t length)
         text = converted.data();
         length = static_cast<uint32_t>(converted.size());
     }
-    dm_item_desc desc{};
-    desc.length = DESC_GET(item, length);
-    desc.class_code = class_code(DESC_GET(item, class_source));
-    set_usage(desc, DESC_GET(item, usage_source));
-    desc.sign_flag = (DESC_GET(item, flags) & IDESC_SIGNED) != 0 ? 1 : 0;
-    desc.sign_position = sign_position_code(DESC_GET(item, sign_position));
-    desc.digits = DESC_GET(item, digits);
-    desc.scale = DESC_GET(item, scale);
-    const std::string format = format_text(item);
-    desc.format = format.c_str();
+    dm_item_desc desc;
+    std::string format;
+    item_dm_description(item, desc, format);
     DMSetCblData(ctx.dm_handle, &desc, target, DM_FORM_UTF8, length > 0 ? text : "", length);
 }
 

@@ -7,11 +7,11 @@
 
 #include "xexml/idesc_access.h"
 #include "xexml/record_builder.h"
-#include "xexml/write_search.h"
+#include "xexml/record_map.h"
 #include "xexml/xml_serialise.h"
 #include "xexml/xml_write.h"
-#include "xmldom/dom_build.h"
 #include "xmldom/dom_document.h"
+#include "xmldom/dom_tree.h"
 
 namespace cblxml::xexml {
 
@@ -30,7 +30,9 @@ void drop_tree(xmlio_fcb *fcb)
 {
     if (fcb->doc == nullptr)
         return;
-    kvt_xe_xml_dom_free_node(fcb->doc->document, 0);
+    // The whole tree goes through the tree delete (the document node frees
+    // everything below it), then its anchor.
+    kvt_xe_xml_dom_delete(fcb, fcb->doc->document);
     std::free(fcb->doc);
     fcb->doc = nullptr;
 }
@@ -68,23 +70,17 @@ constexpr uint32_t kVerifyOptions = 20;  // tree mode, validation without conten
 // nodes a later WRITE inserts next to.
 void keep_path(xd_dom_node_t *node, bool top)
 {
-    if (!top) {
-        for (xd_dom_node_t *c = node->first_child; c != nullptr;) {
-            xd_dom_node_t *next = c->next_sibling;
-            if (c->kind != XD_DOM_TEXT)
-                dom_remove(c);
-            c = next;
-        }
-    }
-    dom_remove_siblings(node, true);
+    if (!top)
+        dom::remove_non_text_children(node);
+    dom::remove_siblings(node, true);
     for (xd_dom_node_t *a = node->parent;
          a != nullptr && a->parent != nullptr && a->parent->kind != XD_DOM_DOCUMENT; a = a->parent)
-        dom_remove_siblings(a, false);
+        dom::remove_siblings(a, false);
 }
 
-void position_after_write(xmlio_fcb *fcb, xd_dom_node_t *root, bool top)
+void position_after_write(xmlio_fcb *fcb, xml_rec_entry_t *entry, xd_dom_node_t *root, bool top)
 {
-    const IDESC *item = fcb->key_item;
+    IDESC *item = fcb->key_item;
     if (item == nullptr) {
         // No key item: the document element is the position, kept whole.
         fcb->doc->current = root;
@@ -92,18 +88,18 @@ void position_after_write(xmlio_fcb *fcb, xd_dom_node_t *root, bool top)
     }
     xd_dom_node_t *found = nullptr;
     if ((DESC_GET(item, flags) & IDESC_ATTRIBUTES) != 0) {
-        found = wsearch::search(root, item, 1);
+        found = kvt_xe_xml_dom_search(root, item, entry, 1);
         if (found != nullptr)
             found = found->parent;
     } else {
-        found = wsearch::search(root, item, 0);
+        found = kvt_xe_xml_dom_search(root, item, entry, 0);
     }
     for (int steps = 0; found == nullptr && DESC_GET(item, level) != 1 && steps < kMaxDepth;
          ++steps) {
         item = DESC_GET(item, parent);
         if (item == nullptr)
             break;
-        found = wsearch::search(root, item, 0);
+        found = kvt_xe_xml_dom_search(root, item, entry, 0);
         top = false;
     }
     if (found != nullptr)
@@ -119,7 +115,7 @@ int32_t verify(const xml_outbuf &buf)
     xd_dom_parse_err_t *rec = &record;
     const int32_t result = kvt_xe_xml_dom_parse(buf.data, static_cast<uint32_t>(buf.used), &tree,
                                                 &rec, kVerifyOptions);
-    kvt_xe_xml_dom_free_node(tree, 0);
+    dom::free_tree(tree);
     std::free(record.message);
     return result == 3 ? XMLIO_ST_PARSE_FAILED : XMLIO_ST_OK;
 }
@@ -161,7 +157,7 @@ int32_t write_stream(xmlio_fcb *fcb, int32_t top, xml_outbuf &buf)
     }
     if (entry == nullptr && root == nullptr)
         return XMLIO_ST_NO_MATCH;
-    if (entry != nullptr && (root == nullptr || !wsearch::node_matches(root, entry->root))) {
+    if (entry != nullptr && (root == nullptr || !node_matches(root, entry->root))) {
         xd_dom_node_t *document = fcb->doc != nullptr ? fcb->doc->document : nullptr;
         if (document == nullptr) {
             if (kvt_xe_xml_dom_doc_node(&document) != 0)
@@ -172,7 +168,7 @@ int32_t write_stream(xmlio_fcb *fcb, int32_t top, xml_outbuf &buf)
         if (fcb->doc == nullptr) {
             fcb->doc = static_cast<xml_doc_anchor_t *>(std::calloc(1, sizeof(xml_doc_anchor_t)));
             if (fcb->doc == nullptr) {
-                kvt_xe_xml_dom_free_node(document, 0);
+                dom::free_tree(document);
                 return XMLIO_ST_BAD_OPCODE;
             }
             fcb->doc->document = document;
@@ -188,7 +184,7 @@ int32_t write_stream(xmlio_fcb *fcb, int32_t top, xml_outbuf &buf)
     }
     if (!document_op) {
         if (root != nullptr)
-            position_after_write(fcb, root, top != 0);
+            position_after_write(fcb, entry, root, top != 0);
         return XMLIO_ST_OK;
     }
     produce_text(fcb, buf, root);

@@ -1,4 +1,5 @@
-// What the writer and the tree insert share.
+// What the file operations, the reading side, the writer and the tree
+// updates share about the held document.
 #ifndef CBLXML_XEXML_XML_WRITE_H
 #define CBLXML_XEXML_XML_WRITE_H
 
@@ -8,7 +9,8 @@ namespace cblxml::xexml {
 
 // The first element child of the document node, or null.
 xd_dom_node_t *document_element(const xd_dom_node_t *document);
-// Frees the held tree and its anchor; doc becomes null.
+// Frees the held tree and its anchor (CLOSE, a new READ, write-document);
+// doc becomes null.
 void drop_tree(xmlio_fcb *fcb);
 // The stream reports error 18 or 31.
 bool stream_failed(const cblxml_stream *stream);

@@ -1,8 +1,7 @@
-// The small interface through which record mapping, search and sequential
-// reading see a document tree: make, link, walk, find and free. Nothing
-// outside src/xmldom/ and the parser's tree sink touches the node record's
-// fields directly for these tasks, so the representation underneath can
-// change without touching the callers.
+// The small interface through which record mapping, search, sequential
+// reading, the record builder and the tree updates see a document tree:
+// make, link, unlink, walk, find and free. The parser's tree sink appends
+// through dom_append.h; the node constructors are kvt_xe_xml_dom_*_node.
 #ifndef CBLXML_XMLDOM_DOM_TREE_H
 #define CBLXML_XMLDOM_DOM_TREE_H
 
@@ -64,10 +63,27 @@ size_t depth(const Node *n);
 // documents, else the declared name); null when not known.
 const char *strings_encoding(const Node *document);
 
-// --- making, linking and freeing --------------------------------------------
+// --- linking, unlinking and freeing ----------------------------------------
 // Appends `child` to the children (or attributes) of `parent`; false when it
 // cannot be linked, and the caller keeps it.
 bool link_child(Node *parent, Node *child);
+// Links `node` (owned by the caller, in no list) into the list of `anchor`,
+// after it or before it, with anchor's parent as its parent (an attribute
+// goes into the attribute list). The tree owns the node afterwards.
+void link_after(Node *anchor, Node *node);
+void link_before(Node *anchor, Node *node);
+// Takes `node` out of its parent's child list (attribute list for an
+// attribute), repairing both neighbours, the head and the tail. The node
+// keeps its subtree and is the caller's afterwards. A node without a parent
+// is left as it is.
+void unlink(Node *node);
+// Unlinks `node` and frees it with everything below it.
+void remove(Node *node);
+// Removes every node on both sides of `node` in its list, except processing
+// instructions when `keep_pis`.
+void remove_siblings(Node *node, bool keep_pis);
+// Removes the children of `node` that are not text nodes.
+void remove_non_text_children(Node *node);
 // Frees a whole tree (or a subtree already taken out of its parent's lists).
 void free_tree(Node *root);
 

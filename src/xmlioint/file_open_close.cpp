@@ -3,6 +3,7 @@
 #include <strings.h>
 
 #include "platform/file_streams.h"
+#include "xexml/xml_write.h"
 #include "xmlioint/file_ops.h"
 
 namespace cblxml::xmlio {
@@ -133,18 +134,12 @@ int32_t close_file(xmlio_fcb *fcb)
     int32_t status = XMLIO_ST_OK;
     const uint32_t memory_url = XMLIO_IN_MEMORY | XMLIO_URL;
     if (fcb->stream != nullptr && (fcb->flags & memory_url) != memory_url) {
-        const int32_t error = fcb->stream->error_code;
-        if (error == CBLXML_STREAM_IO_ERROR || error == CBLXML_STREAM_NO_ROOM)
+        if (xexml::stream_failed(fcb->stream))
             status = XMLIO_ST_CLOSE_ERROR;
         close_stream(fcb->stream);
         fcb->stream = nullptr;
     }
-    if (fcb->doc != nullptr) {
-        if (fcb->doc->document != nullptr)
-            kvt_xe_xml_dom_free_node(fcb->doc->document, 0);
-        std::free(fcb->doc);
-        fcb->doc = nullptr;
-    }
+    xexml::drop_tree(fcb);
     std::free(fcb->read_buf);
     fcb->read_buf = nullptr;
     fcb->read_buf_len = 0;

@@ -5,6 +5,7 @@
 
 #include "xexml/idesc_access.h"
 #include "xexml/record_map.h"
+#include "xexml/xml_write.h"
 #include "xmldom/dom_tree.h"
 #include "xmlioint/file_ops.h"
 
@@ -19,24 +20,7 @@ constexpr uint32_t kWalking = 2;
 
 // The record entry that the statement names; null when its number lies
 // outside the file's entries.
-xml_rec_entry_t *named_entry(xmlio_fcb *fcb)
-{
-    if (fcb->records == nullptr || fcb->rec_no == 0 || fcb->rec_no > fcb->rec_count)
-        return nullptr;
-    return &fcb->records[fcb->rec_no - 1];
-}
-
-// The checks that START and READ NEXT share: a tree, the record read, and
-// (for the search) a key item and its record entry; 0 or a status.
-int32_t positioning_checks(xmlio_fcb *fcb)
-{
-    if (fcb->doc == nullptr || fcb->doc->document == nullptr)
-        return XMLIO_ST_NO_DOCUMENT;
-    // Without a key item or a record entry no element can match the key.
-    if (fcb->rec_read != fcb->rec_no || fcb->key_item == nullptr || named_entry(fcb) == nullptr)
-        return XMLIO_ST_NO_MATCH;
-    return XMLIO_ST_OK;
-}
+xml_rec_entry_t *named_entry(const xmlio_fcb *fcb) { return xexml::record_entry(fcb, fcb->rec_no); }
 
 // The counts of the key item's slots: its own and the slot_span below it.
 struct KeySlots {
@@ -104,6 +88,16 @@ dom::Node *walk_on(xmlio_fcb *fcb, IDESC *key, xml_rec_entry_t *entry)
 }
 
 }  // namespace
+
+int32_t positioning_checks(const xmlio_fcb *fcb)
+{
+    if (fcb->doc == nullptr || fcb->doc->document == nullptr)
+        return XMLIO_ST_NO_DOCUMENT;
+    // Without a key item or a record entry no element can match the key.
+    if (fcb->rec_read != fcb->rec_no || fcb->key_item == nullptr || named_entry(fcb) == nullptr)
+        return XMLIO_ST_NO_MATCH;
+    return XMLIO_ST_OK;
+}
 
 int32_t read_file(xmlio_fcb *fcb)
 {

@@ -1,5 +1,5 @@
 // WRITE, the second WRITE form and write-document.
-#include "xmlioint/file_write.h"
+#include "xmlioint/file_ops.h"
 
 namespace cblxml::xmlio {
 namespace {

@@ -2,21 +2,17 @@
 // block, links the record layouts at the first OPEN, and hands the block to
 // the operation of its opcode. Every result is left in the block's status.
 #include "xmlioint/file_ops.h"
-#include "xmlioint/file_write.h"
 
 namespace cblxml::xmlio {
 namespace {
 
 using Operation = int32_t (*)(xmlio_fcb *);
 
-// Operations that are not built yet answer as an unknown opcode would.
-int32_t not_available(xmlio_fcb *) { return XMLIO_ST_BAD_OPCODE; }
-
 // Indexed by opcode, 1 to 12.
 const Operation kOperations[] = {
-    nullptr,       open_file,     close_file,    write_document,    read_file,
-    start_file,    read_next,     write_record,  write_record_keep, not_available,
-    not_available, not_available, not_available,
+    nullptr,        open_file,     close_file,     write_document,    read_file,
+    start_file,     read_next,     write_record,   write_record_keep, insert_pi_text,
+    insert_pi_text, delete_record, rewrite_record,
 };
 constexpr uint8_t kLastOpcode = sizeof kOperations / sizeof kOperations[0] - 1;
 

@@ -3,6 +3,7 @@
 // and tree positions of the writing operations.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -11,6 +12,7 @@
 #include <vector>
 
 #include "record_layout.h"
+#include "xmlio_read_back.h"
 
 using cblxml::layout::File;
 
@@ -352,14 +354,17 @@ TEST(XmlWrite, AttributeHolderInsert)
                             "ns2:id2=\"v2\">t</el>\r\n");
 }
 
-// Several records into one document: the key item is the table of orders
-// under the document element, so the first WRITE cuts the built tree down to
-// the first order and every later WRITE inserts a sibling after the current
-// one; the second WRITE form keeps each order's subtree (the first form would
-// keep only its attributes and text).
-TEST(XmlWrite, RoundTripRecords)
+// READ and READ NEXT give every record back, field by field (the bytes of
+// the key item's first occurrence), then the end of the file.
+void expect_read_back(const char *layout, const char *key, const std::string &text,
+                      const std::vector<std::string> &records)
 {
-    Writer w({R"(
+    int32_t end = 0;
+    EXPECT_EQ(cblxml_test::read_back(layout, key, text, end), records);
+    EXPECT_EQ(end, XMLIO_ST_NO_CURRENT);
+}
+
+const char *kRoundTrip = R"(
 01 orders
   05 order occurs=9
     10 id attrs pic=9(3)
@@ -368,42 +373,73 @@ TEST(XmlWrite, RoundTripRecords)
     10 qty pic=S9(4) usage=comp
     10 line occurs=2
       15 sku pic=X(4)
-      15 price pic=9(3)V9 usage=comp5)"},
-             XMLIO_SCHEMA);
+      15 price pic=9(3)V9 usage=comp5)";
+
+const std::vector<std::vector<Value>> kRoundTripRecords = {
+    {{"id", "001"},
+     {"name", "ACME"},
+     {"amount", std::string("\x00\x12\x34\x5D", 4)},
+     {"qty", std::string("\x00\x07", 2)},
+     {"sku", "A1", {1, 1}},
+     {"price", std::string("\x0F\x27", 2), {1, 1}},
+     {"sku", "A2", {1, 2}},
+     {"price", std::string("\x01\x00", 2), {1, 2}}},
+    {{"id", "002"},
+     {"name", "a<b & c"},
+     {"amount", std::string("\x00\x00\x00\x0C", 4)},
+     {"qty", std::string("\xFF\xFF", 2)},
+     {"sku", "B1", {1, 1}},
+     {"sku", "", {1, 2}},
+     {"price", std::string("\x00\x00", 2), {1, 2}}},
+    {{"id", "003"}, {"name", "third"}, {"qty", std::string("\x00\x03", 2)}},
+};
+
+// Several records into one document: the key item is the table of orders
+// under the document element, so the first WRITE cuts the built tree down to
+// the first order and every later WRITE inserts a sibling after the current
+// one; the second WRITE form keeps each order's subtree (the first form would
+// keep only its attributes and text). Read back, every record comes back.
+TEST(XmlWrite, RoundTripRecords)
+{
+    Writer w({kRoundTrip}, XMLIO_SCHEMA);
     w.key("order");
-    const std::vector<std::vector<Value>> records = {
-        {{"id", "001"},
-         {"name", "ACME"},
-         {"amount", std::string("\x00\x12\x34\x5D", 4)},
-         {"qty", std::string("\x00\x07", 2)},
-         {"sku", "A1", {1, 1}},
-         {"price", std::string("\x39\x30", 2), {1, 1}},
-         {"sku", "A2", {1, 2}},
-         {"price", std::string("\x01\x00", 2), {1, 2}}},
-        {{"id", "002"},
-         {"name", "a<b & c"},
-         {"amount", std::string("\x00\x00\x00\x0C", 4)},
-         {"qty", std::string("\xFF\xFF", 2)},
-         {"sku", "B1", {1, 1}},
-         {"sku", "", {1, 2}},
-         {"price", std::string("\x00\x00", 2), {1, 2}}},
-    };
-    for (const auto &record : records) {
+    std::vector<std::string> written;
+    for (const auto &record : kRoundTripRecords) {
         w.set(record);
+        written.push_back(cblxml_test::occurrence_bytes(w.file.record(1), "order"));
         ASSERT_EQ(w.file.call(XMLIO_OP_WRITE_KEEP), 0);
     }
     const std::string text = w.document();
     expect_golden("roundtrip", text);
-    xd_dom_node_t *tree = nullptr;
-    xd_dom_parse_err_t record{};
-    xd_dom_parse_err_t *rec = &record;
-    EXPECT_EQ(kvt_xe_xml_dom_parse(text.data(), static_cast<uint32_t>(text.size()), &tree, &rec,
-                                   CBLXML_OPT_TREE),
-              0);
-    kvt_xe_xml_dom_free_node(tree, 0);
-    std::free(record.message);
-    // READ and READ NEXT of this document, field by field against
-    // `records`, join here once the reading side is merged.
+    expect_read_back(kRoundTrip, "order", text, written);
+
+    // Updated in place: REWRITE the second record, DELETE the third; the
+    // shorter document replaces the old one whole. The tree read back keeps
+    // its schema-location attribute, so the xsi attributes are not written
+    // a second time.
+    const std::string path = ::testing::TempDir() + "xml_write_roundtrip.xml";
+    std::ofstream(path, std::ios::binary) << text;
+    File file({kRoundTrip});
+    file.use_file(path);
+    file.fcb().flags |= XMLIO_SCHEMA | XMLIO_NO_XSI;
+    file.fcb().key_item = file.record(1).item("order");
+    ASSERT_EQ(file.open(XMLIO_IO), 0);
+    ASSERT_EQ(file.call(XMLIO_OP_READ), 1);
+    file.fcb().key_occurrence = 2;
+    ASSERT_EQ(file.call(XMLIO_OP_START), 0);
+    ASSERT_EQ(file.call(XMLIO_OP_READ_NEXT), 0);
+    file.record(1).set("name", "CHANGED");
+    written[1] = cblxml_test::occurrence_bytes(file.record(1), "order");
+    written.pop_back();
+    EXPECT_EQ(file.call(XMLIO_OP_REWRITE), 0);
+    ASSERT_EQ(file.call(XMLIO_OP_READ_NEXT), 0);
+    EXPECT_EQ(file.call(XMLIO_OP_DELETE), 0);
+    EXPECT_GT(file.call(XMLIO_OP_WRITE_DOC), 0);
+    EXPECT_EQ(file.close(), 0);
+    std::ifstream in(path, std::ios::binary);
+    expect_read_back(kRoundTrip, "order", std::string(std::istreambuf_iterator<char>(in), {}),
+                     written);
+    std::remove(path.c_str());
 }
 
 }  // namespace
