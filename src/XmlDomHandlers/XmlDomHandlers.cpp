@@ -137,6 +137,10 @@ void XmlDomHandlers::startDTD(const XMLCh *const, const XMLCh *const publicId,
 
 void XmlDomHandlers::endDTD() { sink->endDTD(); }
 
+void XmlDomHandlers::startEntity(const XMLCh *const) { sink->startEntity(); }
+
+void XmlDomHandlers::endEntity(const XMLCh *const) { sink->endEntity(); }
+
 void XmlDomHandlers::comment(const XMLCh *const chars, const XMLSize_t length)
 {
     sink->comment(chars, length);

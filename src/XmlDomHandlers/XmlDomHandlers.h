@@ -121,6 +121,8 @@ public:
     void startDTD(const XMLCh *const name, const XMLCh *const publicId,
                   const XMLCh *const systemId) override;
     void endDTD() override;
+    void startEntity(const XMLCh *const name) override;
+    void endEntity(const XMLCh *const name) override;
     void comment(const XMLCh *const chars, const XMLSize_t length) override;
     void startCDATA() override;
     void endCDATA() override;

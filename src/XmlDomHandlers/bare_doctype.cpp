@@ -1,7 +1,15 @@
-// A document type declaration with neither an external identifier nor an
-// internal subset ("<!DOCTYPE a>") reaches no parser call-back at all. The
-// handler finds it in the prolog itself, so that the program still sees its
+// Where a document type declaration ends, found in the document text.
+//
+// A declaration with neither an external identifier nor an internal subset
+// ("<!DOCTYPE a>") reaches no parser call-back at all. The handler finds it
+// in the prolog itself, so that the program still sees its
 // DOCUMENT-TYPE-DECLARATION event, in document order.
+//
+// A declaration that names an external subset is never ended by the parser
+// when the subset is not read (endDTD is not called): it is closed when the
+// parser reports the first construct behind its closing ">". Either way the
+// event's text is the whole declaration, internal subset included.
+#include <cstdlib>
 #include <string>
 
 #include "XmlDomHandlers/decl_scan.h"
@@ -25,6 +33,31 @@ size_t skip_past(const XMLCh *text, size_t length, size_t pos, const char16_t *e
             return pos + n;
     }
     return length;
+}
+
+// The offset of the ">" that closes a document type declaration, scanning
+// from `from` (where the parser reported it: its "[" or its ">"), or -1 when
+// the text ends first.
+int64_t doctype_end(const XMLCh *text, size_t length, size_t from)
+{
+    bool subset = false;
+    for (size_t pos = from; pos < length; ++pos) {
+        const XMLCh c = text[pos];
+        if (c == u'"' || c == u'\'') {
+            // A literal may hold "]" and ">".
+            while (++pos < length && text[pos] != c) {
+            }
+        } else if (at(text, length, pos, u"<!--")) {
+            pos = skip_past(text, length, pos + 4, u"-->") - 1;
+        } else if (at(text, length, pos, u"<?")) {
+            pos = skip_past(text, length, pos + 2, u"?>") - 1;
+        } else if (c == u'[' || c == u']') {
+            subset = c == u'[';
+        } else if (c == u'>' && !subset) {
+            return static_cast<int64_t>(pos);
+        }
+    }
+    return -1;
 }
 
 }  // namespace
@@ -65,7 +98,7 @@ void EventSink::findBareDoctype()
 
 void EventSink::emitBareDoctypeBefore(int64_t position)
 {
-    if (bareDoctypeStart < 0 || position <= bareDoctypeStart)
+    if (bareDoctypeStart < 0 || position <= bareDoctypeEnd)
         return;
     xd_parse_info *record = new_event("DOCUMENT-TYPE-DECLARATION");
     appendEvent(record);
@@ -73,6 +106,39 @@ void EventSink::emitBareDoctypeBefore(int64_t position)
     const int64_t from = bareDoctypeStart;
     bareDoctypeStart = -1;
     appendSourceText(record, from, bareDoctypeEnd);
+}
+
+void EventSink::openDtd(int64_t position)
+{
+    dtdPosition = position;
+    dtdEnd = doctype_end(h.getDocText(), h.getDocTextLen(), static_cast<size_t>(position));
+    inDtd = true;
+}
+
+void EventSink::endDoctypeBefore(int64_t position)
+{
+    if (bareDoctypeStart >= 0)
+        emitBareDoctypeBefore(position);
+    // Inside an entity (the external subset when it is read) the position is
+    // not one of the document text: only the parser's endDTD closes then.
+    if (inDtd && entityDepth == 0 && dtdEnd >= 0 && position > dtdEnd)
+        closeDtd(dtdEnd);
+}
+
+void EventSink::closeDtd(int64_t end)
+{
+    inDtd = false;
+    // The record may be handed to the program once another follows it: its
+    // text is completed only while it is the tail (a record made in between,
+    // an error inside the subset, leaves the text as it was).
+    if (!event_is(eventTail, "DOCUMENT-TYPE-DECLARATION") || dtdPosition < 0 || end <= dtdPosition)
+        return;
+    int64_t open = dtdPosition;
+    while (open > 0 && h.getDocText()[open] != u'<')
+        --open;
+    std::free(eventTail->text);
+    eventTail->text = nullptr;
+    appendSourceText(eventTail, open, end);
 }
 
 }  // namespace cblxml

@@ -45,8 +45,7 @@ void EventSink::startElement(const XMLCh *, const XMLCh *, const XMLCh *qname,
     const uint32_t docTextLen = h.getDocTextLen();
     const xercesc::Locator *locator = h.getLocator();
     const int32_t nat = h.isNational() ? 1 : 0;
-    if (bareDoctypeStart >= 0)
-        emitBareDoctypeBefore(static_cast<int64_t>(docTextLen));
+    endDoctypeBefore(static_cast<int64_t>(docTextLen));
     appendSkippedBeforeMarkup(u"<");
     ++depth;
     appendTextEvent("START-OF-ELEMENT", qname, unit_length(qname));

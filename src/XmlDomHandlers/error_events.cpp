@@ -64,22 +64,27 @@ void EventSink::warning(const xercesc::SAXParseException &exc)
     if (error_index(h.getErrorSource()) == kPerrSuppressWarning)
         return;
     h.markErrors();
+    const int32_t position = errorPosition(exc);
+    endDoctypeBefore(position);
     // The text holds the document through the position and no more; the
     // generic record already ends there.
-    appendGenericException(errorPosition(exc));
+    appendGenericException(position);
 }
 
 void EventSink::error(const xercesc::SAXParseException &exc)
 {
     // A recoverable error (validity) is never classified further.
     h.markErrors();
-    appendGenericException(errorPosition(exc));
+    const int32_t position = errorPosition(exc);
+    endDoctypeBefore(position);
+    appendGenericException(position);
 }
 
 void EventSink::fatalError(const xercesc::SAXParseException &exc)
 {
     h.markErrors();
     const int32_t position = errorPosition(exc);
+    endDoctypeBefore(position);
     const int index = error_index(h.getErrorSource());
     // The suppression marker belongs to warnings only: here it is unclassified.
     if (index <= 0 || index >= kPerrTableSize || xml_perr_op_table[index] == nullptr) {

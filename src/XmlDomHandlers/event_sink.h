@@ -39,6 +39,8 @@ public:
     void processingInstruction(const XMLCh *target, const XMLCh *data) override;
     void startDTD(const XMLCh *publicId, const XMLCh *systemId) override;
     void endDTD() override;
+    void startEntity() override { ++entityDepth; }
+    void endEntity() override { --entityDepth; }
     void comment(const XMLCh *chars, size_t length) override;
     void startCDATA() override;
     void endCDATA() override;
@@ -69,6 +71,17 @@ private:
     // follows it.
     void findBareDoctype();
     void emitBareDoctypeBefore(int64_t position);
+    // The parser reported a declaration at `position` (its "[" or its ">"):
+    // it is open until closeDtd.
+    void openDtd(int64_t position);
+    // The parser reported a construct of the document that stands at
+    // `position` (or an error there). A document type declaration that ends
+    // before it is finished first: the unreported one is emitted, an open one
+    // is closed. Called before the construct's own records are appended.
+    void endDoctypeBefore(int64_t position);
+    // Closes the open declaration whose closing ">" is docText[end]: its
+    // record, still the tail, gets the whole declaration as its text.
+    void closeDtd(int64_t end);
 
     XmlDomHandlers &h;
     xd_parse_info *eventTail;
@@ -76,7 +89,9 @@ private:
     bool doctypeSeen = false;       // a DOCUMENT-TYPE-DECLARATION event was made
     std::u16string attrRaw;         // an attribute value as written, reused
     int64_t dtdPosition = -1;       // where the open declaration stood
-    bool inDtd = false;             // between startDTD and endDTD
+    int64_t dtdEnd = -1;            // its closing ">" in the text (-1: not found)
+    bool inDtd = false;             // from startDTD until the declaration is closed
+    int64_t entityDepth = 0;        // entities being read: positions not in the text
     int64_t bareDoctypeStart = -1;  // an unreported "<!DOCTYPE name>", until emitted
     int64_t bareDoctypeEnd = -1;
     int64_t depth = 0;        // elements open

@@ -28,6 +28,10 @@ public:
     virtual void processingInstruction(const XMLCh * /*target*/, const XMLCh * /*data*/) {}
     virtual void startDTD(const XMLCh * /*publicId*/, const XMLCh * /*systemId*/) {}
     virtual void endDTD() {}
+    // The parser begins and ends reading an entity (the external DTD subset,
+    // a parameter or general entity).
+    virtual void startEntity() {}
+    virtual void endEntity() {}
     virtual void comment(const XMLCh * /*chars*/, size_t /*length*/) {}
     virtual void startCDATA() {}
     virtual void endCDATA() {}

@@ -38,11 +38,10 @@ void EventSink::startDTD(const XMLCh *publicId, const XMLCh *systemId)
     xd_parse_info *record = new_event("DOCUMENT-TYPE-DECLARATION");
     appendEvent(record);
     doctypeSeen = true;
-    dtdPosition = pos;
-    inDtd = true;
+    openDtd(pos);
     if (!has_text(publicId) && !has_text(systemId)) {
-        // The text is completed by endDTD, which needs to know whether the
-        // declaration goes on with an internal subset. The record is given an
+        // The text is completed when the declaration is closed (closeDtd),
+        // if it goes on with an internal subset. The record is given an
         // owned copy of the character at the position (never a pointer into
         // the document text, which the list must not free).
         record->text = copy_text(h.getDocText() + pos, sizeof(XMLCh), 2);
@@ -56,23 +55,16 @@ void EventSink::startDTD(const XMLCh *publicId, const XMLCh *systemId)
 
 void EventSink::endDTD()
 {
-    inDtd = false;
-    if (eventTail == nullptr || eventTail->text == nullptr || eventTail->text[0] != '[' ||
-        dtdPosition < 0)
-        return;
-    const int64_t pos = h.clampedPosition();
-    int64_t open = dtdPosition;
-    while (open > 0 && h.getDocText()[open] != u'<')
-        --open;
-    std::free(eventTail->text);
-    eventTail->text = nullptr;
-    appendSourceText(eventTail, open, pos < open ? open : pos);
+    // Called after the internal subset, or after the external one when that
+    // is read; never when an external subset goes unread (see
+    // endDoctypeBefore).
+    if (inDtd)
+        closeDtd(dtdEnd >= 0 ? dtdEnd : h.clampedPosition());
 }
 
 void EventSink::processingInstruction(const XMLCh *target, const XMLCh *data)
 {
-    if (bareDoctypeStart >= 0)
-        emitBareDoctypeBefore(h.clampedPosition());
+    endDoctypeBefore(h.clampedPosition());
     appendSkippedBeforeMarkup(u"<?");
     appendTextEvent("PROCESSING-INSTRUCTION-TARGET", target, unit_length(target));
     appendTextEvent("PROCESSING-INSTRUCTION-DATA", data, unit_length(data));
@@ -82,15 +74,11 @@ void EventSink::comment(const XMLCh *chars, size_t length)
 {
     // A comment inside the document type declaration is not reported. The
     // declaration's own record is the tail both inside it and just after
-    // it, so the call-backs' own state tells the two apart. (The parser
-    // does not end a declaration that names an external subset, so the
-    // state stays "inside" then: skipped references before the comment
-    // are still delivered.)
+    // it, so the call-backs' own state tells the two apart.
     appendSkippedBeforeMarkup(u"<!--");
+    endDoctypeBefore(h.clampedPosition());
     if (inDtd)
         return;
-    if (bareDoctypeStart >= 0)
-        emitBareDoctypeBefore(h.clampedPosition());
     appendTextEvent("COMMENT", chars, length);
 }
 

@@ -124,6 +124,7 @@ const char *const kDocuments[] = {
     "<?pi in subset?>\n]>\n<!-- after --><r>&e;&lt;&#65;&#x10000;<![CDATA[<x>]]></r>",
     "<!DOCTYPE r SYSTEM \"r.dtd\"><r/>",
     "<!DOCTYPE r PUBLIC \"-//p//EN\" \"r.dtd\"><r/>",
+    "<!DOCTYPE r SYSTEM \"r.dtd\" [<!ENTITY e \"x\">]><!--c--><?p?><r k=\"&u;\"/>",
     "<r><!--c--><?t d?><s k=\"&quot;&apos;&gt;&#9;\">a&amp;b&#x20AC;c</s></r>",
     "<r>\r\nline\rtwo\n<s k='v'/>\r\n</r>\r\n",
     "<p:r xmlns:p=\"urn:x\" p:k=\"1\"><p:s/></p:r>",

@@ -42,6 +42,7 @@ const std::vector<MalformedCase> &malformed_cases()
         {1, "  "s, 102, "  "s},
         {1, "<!-- c -->"s, 102, "<!-- c -->"s},
         {1, "x<a/>"s, 102, "x"s},
+        {1, "<!DOCTYPE r SYSTEM \"r.dtd\" []> x"s, 102, "<!DOCTYPE r SYSTEM \"r.dtd\" []> x"s, "DOCUMENT-TYPE-DECLARATION|<!DOCTYPE r SYSTEM \"r.dtd\" []>"s},
         {1, "\x01" "<a/>"s, 1, "\x01" ""s},
         {2, "<a/><b/>"s, 160, "<a/><"s},
         {2, "<a/>x"s, 2, "<a/>x"s},

@@ -351,6 +351,21 @@ TEST(GrammarPathTest, ValidatingParsesReadGrammarsFromTheGrammarDirectoriesOnly)
     EXPECT_EQ(server.connections(), 0);
 }
 
+TEST(GrammarPathTest, AnExternalSubsetReadKeepsItsCommentsOutOfTheEvents)
+{
+    // The subset's comment stands on a line of its own text that is far past
+    // the end of the document's declaration.
+    TempDir grammars;
+    const std::string dtd =
+        grammars.write("r.dtd", "\n\n\n" + std::string(80, ' ') + "<!-- c --><!ELEMENT r EMPTY>");
+    GrammarPath use(grammars.path);
+    const std::string declaration = "<!DOCTYPE r SYSTEM \"" + dtd + "\" [<!ENTITY e \"x\">]>";
+    const std::string document = declaration + "<!--after--><r/>";
+    EXPECT_EQ(parse(document, CBLXML_OPT_VALIDATE).seen,
+              "START-OF-DOCUMENT|" + document + "\nDOCUMENT-TYPE-DECLARATION|" + declaration +
+                  "\nCOMMENT|after\nSTART-OF-ELEMENT|r\nEND-OF-ELEMENT|r\nEND-OF-DOCUMENT|\n");
+}
+
 TEST(GrammarPathTest, GeneralEntitiesStayRefusedInsideTheGrammarDirectories)
 {
     TempDir grammars;
