@@ -14,10 +14,7 @@
        PROGRAM-ID. xmlparse-events.
        DATA DIVISION.
        WORKING-STORAGE SECTION.
-       01  DOC-PATH                  PIC X(1024)
-               VALUE "examples/data/order.xml".
-       01  DOC-POINTER               USAGE POINTER.
-       01  DOC-SIZE                  PIC 9(9) COMP-5.
+           COPY cblxml-docarea.
        01  FIRST-TEN                 PIC X(10).
        01  KIND                      PIC X(12).
        01  TEXT-SIZE                 PIC ZZZ9.
@@ -25,12 +22,8 @@
        01  DOC                       PIC X(65536).
        PROCEDURE DIVISION.
        MAIN.
-           CALL "cblxml-read-document" USING
-               DOC-PATH DOC-POINTER DOC-SIZE
-           IF RETURN-CODE NOT = 0
-               STOP RUN
-           END-IF
-           SET ADDRESS OF DOC TO DOC-POINTER
+           MOVE "examples/data/order.xml" TO DOC-PATH
+           PERFORM CBLXML-LOAD-DOCUMENT
            XML PARSE DOC(1:DOC-SIZE)
                PROCESSING PROCEDURE SHOW-EVENT
                ON EXCEPTION
@@ -98,6 +91,7 @@
            ELSE
                DISPLAY KIND XML-EVENT TEXT-SIZE " (empty)"
            END-IF.
+           COPY cblxml-loaddoc.
        END PROGRAM xmlparse-events.
 
            COPY cblxml-readdoc.

@@ -44,7 +44,7 @@ fi
 # lets the program find it where it was built.
 mkdir -p "$build/examples"
 program=$build/examples/$example
-cobc -x -I "$top/copybooks" -o "$program" "$source" \
+cobc -x -I "$top/copybooks" -I "$top/examples" -o "$program" "$source" \
     -K CBL_XMLPARSE_INTERFACE -K CBL_XMLPARSE_INTERFACE_WRAP \
     -L "$build" -lcblxml -Q "-Wl,-rpath,$build"
 

@@ -58,7 +58,7 @@ compile() {
     case $mode in
         tool) "$CBLXML_COBC_TOOL" -x -o "$executable" "$source" "$@" ;;
         tool-preload) CBLXML_COBC_LINK=dynamic "$CBLXML_COBC_TOOL" -x -o "$executable" "$source" "$@" ;;
-        *) "$cobc" -x -Wall -I "$copybooks" -o "$executable" "$source" "${options[@]}" ;;
+        *) "$cobc" -x -Wall -I "$copybooks" "$@" -o "$executable" "$source" "${options[@]}" ;;
     esac
 }
 
