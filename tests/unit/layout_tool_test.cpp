@@ -74,30 +74,22 @@ TEST(LayoutTool, BuilderDerivesWhatTheCopybookReaderLaysOut)
     const char *copybook = R"(       01 R.
           05 B1 PIC 9 COMP.
           05 B2 PIC S99 COMP-5.
-          05 B3 PIC 9(3) BINARY.
-          05 B5 PIC S9(5) COMP.
           05 B10 PIC 9(10) COMP-5.
-          05 P1 PIC S9(4)V99 COMP-3.
           05 D1 PIC S9(3)V9 SIGN LEADING SEPARATE.
           05 E1 PIC X(2)B9.
           05 E2 PIC ZZ9.99.
           05 E3 PIC ---9.
           05 E4 PIC $$,$$9.99CR.
           05 E5 PIC **9.
-          05 E6 PIC 99/99/99.
           05 A1 PIC A(3).
-          05 X1 PIC X(4).
 )";
     namespace layout = cblxml::layout;
     const auto book = cblxml::copybook::read_copybook(copybook, false);
     std::vector<layout::Item> given = cblxml::copybook::record_items(book, 0);
     std::vector<layout::Item> derived = given;
     for (layout::Item &item : derived) {
-        item.length.reset();
-        item.offset.reset();
-        item.digits.reset();
-        item.scale.reset();
-        item.class_source.reset();
+        item.length = item.offset = std::nullopt;
+        item.digits = item.scale = item.class_source = std::nullopt;
     }
     const layout::Record expected(given), got(derived);
     // SIGN LEADING SEPARATE is sign byte 3, which the data map reads as a
