@@ -18,6 +18,13 @@
 # MESSAGE as a line of what it reports; with STATUS 2, as its only line.
 # The run happens in the current folder; STATUS is the expected exit status.
 #
+# For programs that read and write files, run takes from the environment:
+# CBLXML_RUN_IN, a folder made afresh to run in; CBLXML_COPY_IN, a file
+# copied into it first; CBLXML_WRITTEN, "FILE EXPECTED": a file the program
+# writes there, compared byte for byte; CBLXML_STDIN, a request piped into
+# standard input with CONTENT_LENGTH set to its size and more bytes after
+# it, which the program must not read.
+#
 # Environment: COBC, the compiler (default cobc); CBLXML_COBC_TOOL, the
 # cblxml-cobc command. CBLXML_SANITIZER_RUNTIME:
 # the sanitizer run-time of a library built with sanitizers; the program,
@@ -47,7 +54,8 @@ compile() {
     local link=(-L "$libdir" -lcblxml -Q "-Wl,-rpath,$libdir")
     local options
     case $mode in
-        static) options=(-K CBL_XMLPARSE_INTERFACE -K CBL_XMLPARSE_INTERFACE_WRAP "${link[@]}") ;;
+        static) options=(-K CBL_XMLPARSE_INTERFACE -K CBL_XMLPARSE_INTERFACE_WRAP
+            -K CBL_XMLIO_INTERFACE -K kvt_xe_xml_rec_link "${link[@]}") ;;
         staticcall) options=(-fstatic-call "${link[@]}") ;;
         linked) options=(-Q -Wl,--no-as-needed "${link[@]}") ;;
         preload) options=() ;;
@@ -58,7 +66,7 @@ compile() {
     case $mode in
         tool) "$CBLXML_COBC_TOOL" -x -o "$executable" "$source" "$@" ;;
         tool-preload) CBLXML_COBC_LINK=dynamic "$CBLXML_COBC_TOOL" -x -o "$executable" "$source" "$@" ;;
-        *) "$cobc" -x -Wall -I "$copybooks" "$@" -o "$executable" "$source" "${options[@]}" ;;
+        *) "$cobc" -x -Wall -I "$copybooks" -o "$executable" "$source" "${options[@]}" "$@" ;;
     esac
 }
 
@@ -95,9 +103,27 @@ run() {
     fi
     actual=$(mktemp)
     trap 'rm -f "$actual"' EXIT
-    env "${env[@]}" "$executable" "$@" >"$actual"
+    if [ -n "${CBLXML_RUN_IN:-}" ]; then
+        rm -rf "$CBLXML_RUN_IN" && mkdir -p "$CBLXML_RUN_IN" && cd "$CBLXML_RUN_IN" || return 1
+        [ -z "${CBLXML_COPY_IN:-}" ] || cp "$CBLXML_COPY_IN" . || return 1
+    fi
+    if [ -n "${CBLXML_STDIN:-}" ]; then
+        env+=("CONTENT_LENGTH=$(wc -c <"$CBLXML_STDIN")")
+        { cat "$CBLXML_STDIN"; echo "bytes past the request body"; } |
+            env "${env[@]}" "$executable" "$@" >"$actual"
+    else
+        env "${env[@]}" "$executable" "$@" >"$actual"
+    fi
     local got=$?
     local failed=0
+    if [ -n "${CBLXML_WRITTEN:-}" ]; then
+        read -r written expected_file <<<"$CBLXML_WRITTEN"
+        if ! cmp -s "$expected_file" "$written"; then
+            echo "$written differs from $expected_file:"
+            diff -u "$expected_file" "$written" | head -60
+            failed=1
+        fi
+    fi
     if [ "$got" -ne "$status" ]; then
         echo "exit status $got, expected $status"
         failed=1

@@ -2,8 +2,9 @@
 # Installs the build into a fresh prefix, then builds and runs, against that
 # installed copy alone: a C program through find_package(cblxml), the same
 # through pkg-config, the XML PARSE example with cobc and the installed
-# copybooks, and the layout test program with what the installed
-# cblxml-layout writes.
+# copybooks, the layout test program with what the installed
+# cblxml-layout writes, and the XML file example orderread with its layout
+# made by the installed tool.
 #   install-test.sh BUILD_DIR SOURCE_DIR
 set -uo pipefail
 build=$1 source=$2
@@ -15,7 +16,8 @@ fail() { echo "install test: $*"; exit 1; }
 
 cmake --install "$build" --prefix "$prefix" >"$work/install.log" || { cat "$work/install.log"; fail "install"; }
 cp "$here/consumer/consumer.c" "$here/consumer/CMakeLists.txt" "$source/examples/xmlevents.cbl" \
-   "$source/examples/data/order.xml" "$source/tests/layout/"{linkcheck.cbl,dump.c} "$work/"
+   "$source/examples/data/order.xml" "$source/tests/layout/"{linkcheck.cbl,dump.c} \
+   "$source/examples/"{orderread.cbl,files/orders.cpy,data/orders.xml} "$work/"
 cp "$source/tests/layout/copybooks/order.cpy" "$work/record.cpy"
 cd "$work"
 export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
@@ -45,4 +47,9 @@ cmp -s xmlevents.out "$source/tests/cobol/expected/xmlevents-order.out" || fail 
 cobc -x -I . -I "$copybooks" -o linkcheck linkcheck.cbl dump.c -A "-I$prefix/include" \
     -K kvt_xe_xml_rec_link -L "$libdir" -lcblxml -Q "-Wl,-rpath,$libdir" || fail "cobc linkcheck"
 ./linkcheck | grep -q '^record 1: descriptors 12 flags 1 ' || fail "linkcheck"
-echo "installed package: C through find_package and pkg-config, COBOL with the copybooks"
+"$prefix/bin/cblxml-layout" --prefix ORDERS -o orders-file.cpy orders.cpy || fail "orders layout"
+cobc -x -I . -I "$copybooks" -o orderread orderread.cbl -K CBL_XMLIO_INTERFACE \
+    -K kvt_xe_xml_rec_link -L "$libdir" -lcblxml -Q "-Wl,-rpath,$libdir" || fail "cobc orderread"
+./orderread orders.xml >orderread.out || fail "orderread"
+cmp -s orderread.out "$source/tests/cobol/expected/orderread-orders.out" || fail "orderread output"
+echo "installed package: C through find_package and pkg-config, COBOL with the copybooks, an XML file example"

@@ -10,6 +10,8 @@
 #include <fstream>
 #include <string>
 
+#include "copybook.h"
+
 namespace {
 
 TEST(LayoutTool, BadInputGetsOneLocatedLineAndStatusTwo)
@@ -60,6 +62,50 @@ TEST(LayoutTool, BadInputGetsOneLocatedLineAndStatusTwo)
         EXPECT_FALSE(std::filesystem::exists(dir / "bad-xml.cpy")) << c.copybook;
     }
     std::filesystem::remove_all(dir);
+}
+
+// The builder derives length, digits, scale and class from PICTURE and
+// usage alone; the tool gives them as GnuCOBOL lays the copybook out. Both
+// must agree: binary sizes by the 9s (1 to 2 digits take one byte), edited
+// digit positions (9, Z, *, P and a floating string), the class of a
+// PICTURE that mixes X with insertion symbols.
+TEST(LayoutTool, BuilderDerivesWhatTheCopybookReaderLaysOut)
+{
+    const char *copybook = R"(       01 R.
+          05 B1 PIC 9 COMP.
+          05 B2 PIC S99 COMP-5.
+          05 B10 PIC 9(10) COMP-5.
+          05 D1 PIC S9(3)V9 SIGN LEADING SEPARATE.
+          05 E1 PIC X(2)B9.
+          05 E2 PIC ZZ9.99.
+          05 E3 PIC ---9.
+          05 E4 PIC $$,$$9.99CR.
+          05 E5 PIC **9.
+          05 A1 PIC A(3).
+)";
+    namespace layout = cblxml::layout;
+    const auto book = cblxml::copybook::read_copybook(copybook, false);
+    std::vector<layout::Item> given = cblxml::copybook::record_items(book, 0);
+    std::vector<layout::Item> derived = given;
+    for (layout::Item &item : derived) {
+        item.length = item.offset = std::nullopt;
+        item.digits = item.scale = item.class_source = std::nullopt;
+    }
+    const layout::Record expected(given), got(derived);
+    // SIGN LEADING SEPARATE is sign byte 3, which the data map reads as a
+    // leading separate sign.
+    EXPECT_EQ(int{expected.item("D1")->sign_position}, 3);
+    ASSERT_EQ(expected.size(), got.size());
+    for (size_t i = 1; i < got.size(); ++i) {
+        const IDESC *e = expected.item_at(i), *g = got.item_at(i);
+        SCOPED_TRACE(given[i].picture);
+        // Packed fields, copied out to compare.
+        EXPECT_EQ(uint32_t{g->length}, uint32_t{e->length});
+        EXPECT_EQ(uint32_t{g->offset}, uint32_t{e->offset});
+        EXPECT_EQ(int{g->digits}, int{e->digits});
+        EXPECT_EQ(int{g->scale}, int{e->scale});
+        EXPECT_EQ(int{g->class_source}, int{e->class_source});
+    }
 }
 
 }  // namespace

@@ -505,7 +505,10 @@ void read_clauses(EntryReader &in, Field &field)
             const Token &place = w == "SIGN" ? (in.take("IS"), in.next()) : token;
             if (place.word != "LEADING" && place.word != "TRAILING")
                 throw Error(place.line, place.column, "SIGN needs LEADING or TRAILING");
-            field.sign_place = place.word == "TRAILING" ? 1 : 2;
+            // The descriptor's sign byte: 1 leading, 2 trailing, 3 and 4
+            // the same with a separate sign (the data map's codes 2, 1, 4
+            // and 3).
+            field.sign_place = place.word == "LEADING" ? 1 : 2;
             if (in.take("SEPARATE")) {
                 in.take("CHARACTER");
                 field.sign_place += 2;

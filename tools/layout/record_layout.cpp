@@ -152,19 +152,27 @@ std::string expand_picture(const std::string &picture)
 }
 
 // What a compiler derives from an elementary item's PICTURE and usage:
-// digits, scale, sign flag, class and storage length.
+// digits, scale, sign flag, class and storage length, as GnuCOBOL does with
+// its default options. Digit positions are 9, Z, *, P and every symbol of a
+// floating insertion string (+, - or $ repeated) but its first; binary sizes
+// go by the 9s alone.
 void derive_from_picture(Item &item)
 {
     const std::string pic = expand_picture(item.picture);
-    uint32_t digits = 0, scale = 0, chars = 0;
+    uint32_t digits = 0, nines = 0, scale = 0, chars = 0;
     bool after_point = false, numeric = !pic.empty(), national = false, alpha = !pic.empty();
-    bool edited = false;
+    bool alnum = false, edit_alnum = false, edit_num = false;
+    char floating = 0;
     for (const char c : pic) {
-        if (c == '9' || c == 'P') {
+        const bool floats = (c == '+' || c == '-' || c == '$') && floating == c;
+        if (c == '9' || c == 'Z' || c == '*' || c == 'P' || floats) {
             ++digits;
             scale += after_point ? 1 : 0;
         }
-        if (c == 'V')
+        if (c == '+' || c == '-' || c == '$')
+            floating = c;
+        nines += c == '9' ? 1 : 0;
+        if (c == 'V' || c == '.')
             after_point = true;
         if (c == 'S')
             item.flags |= IDESC_SIGNED;
@@ -173,19 +181,30 @@ void derive_from_picture(Item &item)
         numeric = numeric && std::strchr("9SVP", c) != nullptr;
         alpha = alpha && c == 'A';
         national = national || c == 'N';
-        edited = edited || std::strchr("Z*+-$.,B0/CRD", c) != nullptr;
+        alnum = alnum || c == 'X' || c == 'A';
+        edit_alnum = edit_alnum || c == 'B' || c == '0' || c == '/';
+        edit_num = edit_num || std::strchr("Z*+-$.,CRD", c) != nullptr;
     }
     if (!item.digits)
         item.digits = static_cast<uint8_t>(digits);
     if (!item.scale)
         item.scale = static_cast<uint8_t>(scale);
-    if (!item.class_source)
-        item.class_source = numeric ? 1 : national ? 6 : alpha ? 4 : edited && digits ? 5 : 2;
+    if (!item.class_source) {
+        const bool edited = edit_alnum || edit_num;
+        item.class_source = numeric    ? 1
+                            : national ? 6
+                            : alpha    ? 4
+                            : alnum    ? (edited ? 8 : 2)
+                            : edited   ? 5
+                                       : 2;
+    }
     if (!item.usage_source)
         item.usage_source = national ? 12 : 1;
     if (item.length)
         return;
     const uint32_t n = *item.digits;
+    // Binary sizes by the 9s of the PICTURE (an explicit digits= stands).
+    const uint32_t binary_digits = digits == *item.digits ? nines : n;
     switch (*item.usage_source) {
     case 2:
         item.length = 4;
@@ -198,7 +217,7 @@ void derive_from_picture(Item &item)
         break;
     case 5:
     case 6:
-        item.length = n <= 4 ? 2 : n <= 9 ? 4 : 8;
+        item.length = binary_digits <= 2 ? 1 : binary_digits <= 4 ? 2 : binary_digits <= 9 ? 4 : 8;
         break;
     case 7:
         item.length = (n + 1) / 2;
