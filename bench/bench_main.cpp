@@ -57,7 +57,8 @@ void usage()
               "  --large      sizes 1,10,100: add the 100 MB documents\n"
               "  --sizes LIST document sizes in MB, comma separated (default 1,10)\n"
               "  --repeat N   best of N timed runs per measurement (default 3)\n"
-              "  --shape NAME only this shape: records, references, deep, lines\n"
+              "  --shape NAME only this shape: records, references, deep, lines, text,\n"
+              "               ebcdic, national\n"
               "  --only PATH  time one path only (for profiling); ratios show as 0 or inf\n"
               "  --wall       time by the wall clock instead of processor time\n"
               "  --no-memory  skip the peak-memory runs\n"
@@ -152,14 +153,15 @@ Row measure(const ShapeInfo &shape, size_t sizeMiB, const Options &options)
     Row row{shape.name, sizeMiB, document.size(), 0, 0, 0, {}, true};
 
     if (options.memory && options.runParse)
-        row.memory = measure_memory([&] { xml_parse(document, textArea); });
+        row.memory = measure_memory([&] { xml_parse(document, textArea, shape.flags); });
 
     bool rawClean = true;
     if (options.runRaw)
         row.rawSeconds = best_seconds(options, [&] { rawClean = raw_parse(document); });
     ParseTally tally;
     if (options.runParse)
-        row.parseSeconds = best_seconds(options, [&] { tally = xml_parse(document, textArea); });
+        row.parseSeconds =
+            best_seconds(options, [&] { tally = xml_parse(document, textArea, shape.flags); });
     row.events = tally.events;
     row.clean = rawClean && tally.clean;
     return row;

@@ -8,11 +8,11 @@
 
 namespace cblxml_bench {
 
-ParseTally xml_parse(std::string &document, std::vector<char> &textArea)
+ParseTally xml_parse(std::string &document, std::vector<char> &textArea, uint32_t flags)
 {
     ParseTally tally;
     const auto end = cblxml_support::deliver(
-        document.data(), static_cast<uint32_t>(document.size()), 0,
+        document.data(), static_cast<uint32_t>(document.size()), flags,
         [&](const cblxml_support::Delivered &d) {
             if (d.text != nullptr && d.length > 0) {
                 const size_t n = std::min<size_t>(d.length, textArea.size());

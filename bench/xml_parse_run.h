@@ -17,8 +17,9 @@ struct ParseTally {
 // Calls the delivery entry from the first call to END-OF-DOCUMENT (or the
 // last event), copying each text into `textArea` as a program's MOVE of
 // XML-TEXT would; the area must be at least as long as the document. Frees
-// the last buffer handed over, as the program's run-time does.
-ParseTally xml_parse(std::string &document, std::vector<char> &textArea);
+// the last buffer handed over, as the program's run-time does. `flags` is
+// the option word (1: a national document).
+ParseTally xml_parse(std::string &document, std::vector<char> &textArea, uint32_t flags = 0);
 
 }  // namespace cblxml_bench
 

@@ -155,9 +155,16 @@ private:
     void *mapHandle = nullptr;
     dm_item_desc idesc{};
 
+    // Fills asciiBytes when the transcoder is a single-byte EBCDIC page.
+    bool buildAsciiTable();
+
     std::unique_ptr<HandlerSink> sink;  // the mode's call-backs
     EventSink *events = nullptr;        // the sink in event mode, else null
     bool asciiTranscoder = false;       // the transcoder writes ASCII as it is (UTF-8)
+    // A single-byte page's bytes for the ASCII characters, made on first use
+    // from the transcoder (-1 not yet asked, 0 not such a page, 1 made).
+    int8_t asciiTable = -1;
+    char asciiBytes[0x80] = {};
     const xercesc::Locator *locator = nullptr;
     const ParserError *parserError = nullptr;
     LineIndex lines;                                      // extended as the parse moves on

@@ -3,8 +3,10 @@
 #include <cstring>
 #include <new>
 #include <string>
+#include <vector>
 
 #include <xercesc/util/XMLException.hpp>
+#include <xercesc/util/XMLString.hpp>
 
 #include "XmlDomHandlers/XmlDomHandlers.h"
 #include "platform/platform.h"
@@ -57,26 +59,109 @@ void XmlDomHandlers::WCharToCOBOL1(xercesc::XMLTranscoder *t, const XMLCh *sourc
     std::memcpy(out, utf8.data(), utf8.size() < limit ? utf8.size() : limit);
 }
 
+namespace {
+
+bool is_surrogate(XMLCh c) { return c >= 0xD800 && c <= 0xDFFF; }
+
+// The UTF-8 form of a text without zero units and surrogates, as the UTF-8
+// transcoder writes it, in a block of its own; null when the text holds
+// either (the transcoder then decides). `work` is the reused conversion area.
+char *plain_utf8(const XMLCh *source, size_t count, std::vector<char> &work)
+{
+    if (work.size() < count * 3 + 1)
+        work.resize(count * 3 + 1);
+    auto *put = reinterpret_cast<unsigned char *>(work.data());
+    for (size_t i = 0; i < count; ++i) {
+        const XMLCh c = source[i];
+        if (c < 0x80 && c != 0) {
+            *put++ = static_cast<unsigned char>(c);
+        } else if (c == 0 || is_surrogate(c)) {
+            return nullptr;
+        } else if (c < 0x800) {
+            *put++ = static_cast<unsigned char>(0xC0 | (c >> 6));
+            *put++ = static_cast<unsigned char>(0x80 | (c & 0x3F));
+        } else {
+            *put++ = static_cast<unsigned char>(0xE0 | (c >> 12));
+            *put++ = static_cast<unsigned char>(0x80 | ((c >> 6) & 0x3F));
+            *put++ = static_cast<unsigned char>(0x80 | (c & 0x3F));
+        }
+    }
+    const size_t size = static_cast<size_t>(put - reinterpret_cast<unsigned char *>(work.data()));
+    char *text = static_cast<char *>(std::malloc(size + 1));
+    if (text == nullptr)
+        throw std::bad_alloc();
+    std::memcpy(text, work.data(), size);
+    text[size] = 0;
+    return text;
+}
+
+// National text that the data map would store unit for unit (no zero unit,
+// no surrogate): the units themselves and a zero unit; else null.
+char *plain_national(const XMLCh *source, size_t count)
+{
+    for (size_t i = 0; i < count; ++i) {
+        if (source[i] == 0 || is_surrogate(source[i]))
+            return nullptr;
+    }
+    char *text = static_cast<char *>(std::malloc(count * 2 + 2));
+    if (text == nullptr)
+        throw std::bad_alloc();
+    std::memcpy(text, source, count * 2);
+    text[count * 2] = text[count * 2 + 1] = 0;
+    return text;
+}
+
+}  // namespace
+
+bool XmlDomHandlers::buildAsciiTable()
+{
+    // Only the single-byte EBCDIC pages the library names: their transcoders
+    // convert every character on its own, without shift states.
+    const XMLCh *name = transcoder->getEncodingName();
+    if (!xercesc::XMLString::equals(name, u"IBM037") &&
+        !xercesc::XMLString::equals(name, u"IBM1140"))
+        return false;
+    for (XMLCh c = 1; c < 0x80; ++c) {
+        XMLByte out[8] = {};
+        XMLSize_t eaten = 0;
+        try {
+            const XMLSize_t made = transcoder->transcodeTo(&c, 1, out, sizeof out, eaten,
+                                                           xercesc::XMLTranscoder::UnRep_RepChar);
+            if (made != 1 || eaten != 1 || out[0] == 0)
+                return false;
+        } catch (const xercesc::XMLException &) {
+            return false;
+        }
+        asciiBytes[c] = static_cast<char>(out[0]);
+    }
+    return true;
+}
+
 char *XmlDomHandlers::cobolText(const XMLCh *source, size_t count, int32_t nationalFlag)
 {
     if (asciiTranscoder && nationalFlag == 0 && mapHandle == nullptr) {
-        // Most texts are plain ASCII, which UTF-8 keeps byte for byte: they
-        // are narrowed directly. Anything else takes the transcoder.
-        char *text = static_cast<char *>(std::malloc(count + 1));
-        if (text == nullptr)
-            throw std::bad_alloc();
+        if (char *text = plain_utf8(source, count, scratch))
+            return text;
+    } else if (mapHandle != nullptr && idesc.class_code == DM_CLASS_NATIONAL) {
+        if (char *text = plain_national(source, count))
+            return text;
+    } else if (transcoder != nullptr && nationalFlag == 0 && mapHandle == nullptr) {
+        // A single-byte page: ASCII text goes through a table made once from
+        // the transcoder's own answers.
+        if (asciiTable < 0)
+            asciiTable = buildAsciiTable() ? 1 : 0;
         size_t i = 0;
-        for (; i < count; ++i) {
-            const XMLCh c = source[i];
-            if (c >= 0x80 || c == 0)
-                break;
-            text[i] = static_cast<char>(c);
-        }
-        if (i == count) {
+        while (asciiTable == 1 && i < count && source[i] != 0 && source[i] < 0x80)
+            ++i;
+        if (asciiTable == 1 && i == count) {
+            char *text = static_cast<char *>(std::malloc(count + 1));
+            if (text == nullptr)
+                throw std::bad_alloc();
+            for (size_t k = 0; k < count; ++k)
+                text[k] = asciiBytes[source[k]];
             text[count] = 0;
             return text;
         }
-        std::free(text);
     }
     const size_t room = cobolTextRoom(count);
     if (scratch.size() < room)

@@ -147,6 +147,18 @@ std::string utf16_to_utf8(const char16_t *text, size_t units)
         return out;
     out.reserve(units);
     for (size_t i = 0; i < units; ++i) {
+        // A run of ASCII is narrowed as it is.
+        size_t run = i;
+        while (run < units && text[run] < 0x80)
+            ++run;
+        if (run > i) {
+            const size_t at = out.size();
+            out.resize(at + (run - i));
+            for (size_t k = i; k < run; ++k)
+                out[at + (k - i)] = static_cast<char>(text[k]);
+            i = run - 1;
+            continue;
+        }
         const char16_t unit = text[i];
         if (is_high_surrogate(unit) && i + 1 < units && is_low_surrogate(text[i + 1])) {
             const char32_t code_point =
