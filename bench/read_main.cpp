@@ -186,8 +186,7 @@ int main(int argc, char **argv)
                 make_document(shape.shape, size * static_cast<size_t>(kMiB));
             size_t records = 0;
             const double raw = best_seconds(repeat, [&] { raw_parse(document); });
-            const double read =
-                best_seconds(repeat, [&] { records = read_all(shape, document); });
+            const double read = best_seconds(repeat, [&] { records = read_all(shape, document); });
             double pugi = 0;
             MemoryUse use, pugi_use;
             if (memory)
@@ -206,8 +205,7 @@ int main(int argc, char **argv)
                 std::snprintf(growth, sizeof growth, "%.2f", read / previous_seconds);
             std::printf("%-10s %4zu %8zu %8.1f %8.1f %8.1f %7.2f %8.1f %8.2f %8.2f %7s\n",
                         name_of(shape.shape), size, records, raw * 1e3, read * 1e3, pugi * 1e3,
-                        raw / read, bytes / kMiB / read, per_byte(use), per_byte(pugi_use),
-                        growth);
+                        raw / read, bytes / kMiB / read, per_byte(use), per_byte(pugi_use), growth);
             previous_seconds = read;
         }
     }
