@@ -59,14 +59,8 @@ int32_t hold_new_tree(xmlio_fcb *fcb, xd_dom_node_t *document, xd_dom_node_t *no
     document->first_child = node;
     document->last_child = node;
     node->parent = document;
-    if (fcb->doc == nullptr) {
-        fcb->doc = static_cast<xml_doc_anchor_t *>(std::calloc(1, sizeof(xml_doc_anchor_t)));
-        if (fcb->doc == nullptr) {
-            dom::free_tree(document);
-            return XMLIO_ST_BAD_OPCODE;
-        }
-    }
-    fcb->doc->document = document;
+    if (!hold_document(fcb, document))
+        return XMLIO_ST_BAD_OPCODE;
     fcb->doc->current = node;
     fcb->doc->position_mode = 0;
     return XMLIO_ST_OK;

@@ -37,6 +37,19 @@ void drop_tree(xmlio_fcb *fcb)
     fcb->doc = nullptr;
 }
 
+bool hold_document(xmlio_fcb *fcb, xd_dom_node_t *document)
+{
+    if (fcb->doc == nullptr) {
+        fcb->doc = static_cast<xml_doc_anchor_t *>(std::calloc(1, sizeof(xml_doc_anchor_t)));
+        if (fcb->doc == nullptr) {
+            dom::free_tree(document);
+            return false;
+        }
+    }
+    fcb->doc->document = document;
+    return true;
+}
+
 bool stream_failed(const cblxml_stream *stream)
 {
     return stream != nullptr && (stream->error_code == CBLXML_STREAM_IO_ERROR ||
@@ -165,14 +178,8 @@ int32_t write_stream(xmlio_fcb *fcb, int32_t top, xml_outbuf &buf)
             // The writer's strings are UTF-8, whatever the document declares.
             dom_set_strings_utf8(document, true);
         }
-        if (fcb->doc == nullptr) {
-            fcb->doc = static_cast<xml_doc_anchor_t *>(std::calloc(1, sizeof(xml_doc_anchor_t)));
-            if (fcb->doc == nullptr) {
-                dom::free_tree(document);
-                return XMLIO_ST_BAD_OPCODE;
-            }
-            fcb->doc->document = document;
-        }
+        if (!hold_document(fcb, document))
+            return XMLIO_ST_BAD_OPCODE;
         const bool built = build_record(fcb, document, entry, entry->root);
         fcb->doc->current = document->first_child;
         fcb->doc->position_mode = 0;

@@ -12,6 +12,9 @@ xd_dom_node_t *document_element(const xd_dom_node_t *document);
 // Frees the held tree and its anchor (CLOSE, a new READ, write-document);
 // doc becomes null.
 void drop_tree(xmlio_fcb *fcb);
+// Makes `document` the held document, making the anchor when there is none.
+// False when the anchor cannot be made: `document` is then freed.
+bool hold_document(xmlio_fcb *fcb, xd_dom_node_t *document);
 // The stream reports error 18 or 31.
 bool stream_failed(const cblxml_stream *stream);
 // Record entry `number` (1-based), or null when there is none.
