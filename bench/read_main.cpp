@@ -1,6 +1,7 @@
-// cblxml-bench-read: READ and READ NEXT over every record of a generated
-// record-shaped document, against the raw parse of the same document. It
-// measures and prints; it never fails a build.
+// cblxml-bench-read: READ and READ NEXT over every record of generated
+// documents of four shapes, against the raw parse of the same document and,
+// where the build found it, pugixml's tree of it (loaded from a memory
+// buffer). It measures and prints; it never fails a build.
 //
 //   cblxml-bench-read [--sizes 10,100] [--repeat N] [--no-memory]
 #include <cstdio>
@@ -9,6 +10,10 @@
 #include <ctime>
 #include <string>
 #include <vector>
+
+#ifdef CBLXML_BENCH_PUGIXML
+#include <pugixml.hpp>
+#endif
 
 #include "corpus.h"
 #include "memory_probe.h"
@@ -20,9 +25,17 @@ namespace {
 
 constexpr double kMiB = 1024.0 * 1024.0;
 
-// The record of the "records" shape, every field mapped; amounts through
-// the data map into a numeric item.
-const char *kLayout = R"(01 batch
+// One record layout per shape, every field mapped; the key item is the
+// element that READ NEXT walks. Amounts go through the data map into a
+// numeric item.
+struct ShapeLayout {
+    Shape shape;
+    const char *key;
+    const char *layout;
+};
+
+const ShapeLayout kLayouts[] = {
+    {Shape::Records, "record", R"(01 batch
   05 record
     10 id attrs pic=9(8)
     10 kind attrs pic=X(8)
@@ -32,7 +45,24 @@ const char *kLayout = R"(01 batch
     10 amount
       15 currency attrs pic=X(3)
       15 - pic=9(7)V99
-    10 note pic=X(60))";
+    10 note pic=X(60))"},
+    {Shape::References, "para", R"(01 batch
+  05 para
+    10 title attrs pic=X(40)
+    10 - pic=X(400))"},
+    {Shape::Deep, "level", R"(01 batch
+  05 level
+    10 n attrs pic=9(3)
+    10 - pic=X(10)
+    10 level
+      15 n attrs pic=9(3)
+      15 - pic=X(10))"},
+    {Shape::Lines, "v", R"(01 batch
+  05 v pic=9(5)
+  05 w
+    10 k attrs pic=X(1)
+    10 - pic=9(5))"},
+};
 
 double cpu_seconds()
 {
@@ -43,11 +73,11 @@ double cpu_seconds()
 
 // OPEN, READ, READ NEXT to the end of file, CLOSE; the records read, or 0
 // when a status was not the expected one.
-size_t read_all(const std::string &document)
+size_t read_all(const ShapeLayout &shape, const std::string &document)
 {
-    cblxml::layout::File file{kLayout};
+    cblxml::layout::File file{shape.layout};
     file.use_document(document);
-    file.fcb().key_item = file.record(1).item("record");
+    file.fcb().key_item = file.record(1).item(shape.key);
     if (file.open(XMLIO_INPUT) != 0 || file.call(XMLIO_OP_READ) != 1)
         return 0;
     size_t records = 1;
@@ -57,6 +87,30 @@ size_t read_all(const std::string &document)
     file.close();
     return status == XMLIO_ST_NO_CURRENT ? records : 0;
 }
+
+#ifdef CBLXML_BENCH_PUGIXML
+// pugixml's whole tree of the document from a memory buffer (it copies the
+// buffer, as the library copies the document), then every element visited.
+size_t pugixml_tree(const std::string &document)
+{
+    pugi::xml_document tree;
+    if (!tree.load_buffer(document.data(), document.size()))
+        return 0;
+    size_t elements = 0;
+    for (pugi::xml_node n = tree.first_child(); n;) {
+        elements += n.type() == pugi::node_element ? 1 : 0;
+        if (n.first_child()) {
+            n = n.first_child();
+            continue;
+        }
+        while (n && !n.next_sibling())
+            n = n.parent();
+        if (n)
+            n = n.next_sibling();
+    }
+    return elements;
+}
+#endif
 
 template <typename Work>
 double best_seconds(int repeat, Work work)
@@ -70,6 +124,15 @@ double best_seconds(int repeat, Work work)
             best = took;
     }
     return best;
+}
+
+const char *name_of(Shape shape)
+{
+    for (const ShapeInfo &info : all_shapes()) {
+        if (info.shape == shape)
+            return info.name;
+    }
+    return "?";
 }
 
 std::vector<size_t> size_list(const char *text)
@@ -110,31 +173,43 @@ int main(int argc, char **argv)
     }
     if (sizes.empty() || !init_raw_parser())
         return 2;
-    std::printf("cblxml-bench-read: records shape, best of %d by processor time; MB = 2^20 bytes\n",
+    std::printf("cblxml-bench-read: best of %d by processor time; MB = 2^20 bytes; "
+                "bytes/doc = peak heap growth per document byte\n",
                 repeat);
-    std::printf("%5s %9s %9s %9s %7s %9s %8s %8s\n", "MB", "records", "raw ms", "read ms",
-                "read/raw", "read MB/s", "heap/doc", "rss/doc");
-    double previous_seconds = 0;
-    size_t previous_bytes = 0;
-    for (const size_t size : sizes) {
-        const std::string document =
-            make_document(Shape::Records, size * static_cast<size_t>(kMiB));
-        size_t records = 0;
-        const double raw = best_seconds(repeat, [&] { raw_parse(document); });
-        const double read = best_seconds(repeat, [&] { records = read_all(document); });
-        MemoryUse use;
-        if (memory)
-            use = measure_memory([&] { read_all(document); });
-        const double bytes = static_cast<double>(document.size());
-        std::printf("%5zu %9zu %9.1f %9.1f %7.2f %9.1f %8.2f %8.2f\n", size, records, raw * 1e3,
-                    read * 1e3, read / raw, bytes / kMiB / read,
-                    use.heapCounted ? static_cast<double>(use.heapGrowth) / bytes : 0.0,
-                    use.measured ? static_cast<double>(use.rssGrowth) / bytes : 0.0);
-        if (previous_bytes != 0)
-            std::printf("      time ratio %zu MB / previous: %.2f (size ratio %.2f)\n", size,
-                        read / previous_seconds, bytes / static_cast<double>(previous_bytes));
-        previous_seconds = read;
-        previous_bytes = document.size();
+    std::printf("%-10s %4s %8s %8s %8s %8s %7s %8s %8s %8s %7s\n", "shape", "MB", "records",
+                "raw ms", "read ms", "pugi ms", "raw/rd", "read MB/s", "read b/d", "pugi b/d",
+                "100/10");
+    for (const ShapeLayout &shape : kLayouts) {
+        double previous_seconds = 0;
+        for (const size_t size : sizes) {
+            const std::string document =
+                make_document(shape.shape, size * static_cast<size_t>(kMiB));
+            size_t records = 0;
+            const double raw = best_seconds(repeat, [&] { raw_parse(document); });
+            const double read =
+                best_seconds(repeat, [&] { records = read_all(shape, document); });
+            double pugi = 0;
+            MemoryUse use, pugi_use;
+            if (memory)
+                use = measure_memory([&] { read_all(shape, document); });
+#ifdef CBLXML_BENCH_PUGIXML
+            pugi = best_seconds(repeat, [&] { pugixml_tree(document); });
+            if (memory)
+                pugi_use = measure_memory([&] { pugixml_tree(document); });
+#endif
+            const double bytes = static_cast<double>(document.size());
+            auto per_byte = [bytes](const MemoryUse &u) {
+                return u.heapCounted ? static_cast<double>(u.heapGrowth) / bytes : 0.0;
+            };
+            char growth[16] = "-";
+            if (previous_seconds > 0)
+                std::snprintf(growth, sizeof growth, "%.2f", read / previous_seconds);
+            std::printf("%-10s %4zu %8zu %8.1f %8.1f %8.1f %7.2f %8.1f %8.2f %8.2f %7s\n",
+                        name_of(shape.shape), size, records, raw * 1e3, read * 1e3, pugi * 1e3,
+                        raw / read, bytes / kMiB / read, per_byte(use), per_byte(pugi_use),
+                        growth);
+            previous_seconds = read;
+        }
     }
     return 0;
 }
