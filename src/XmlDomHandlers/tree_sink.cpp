@@ -141,14 +141,16 @@ void TreeSink::characters(const XMLCh *chars, size_t units)
         return;
     // Trailing white space becomes spaces, so that only blanks the tree
     // knows as blank (space, line feed) remain at the end.
-    std::u16string text(chars, units);
-    for (size_t i = text.size(); i > 0; --i) {
-        XMLCh &c = text[i - 1];
-        if (c != u' ' && c != u'\n' && c != u'\r' && c != u'\t')
-            break;
-        c = u' ';
+    auto blank = [](XMLCh c) { return c == u' ' || c == u'\n' || c == u'\r' || c == u'\t'; };
+    std::u16string text;
+    const XMLCh *from = chars;
+    if (units > 0 && blank(chars[units - 1])) {
+        text.assign(chars, units);
+        for (size_t i = text.size(); i > 0 && blank(text[i - 1]); --i)
+            text[i - 1] = u' ';
+        from = text.data();
     }
-    char *bytes = h.cobolText(text.data(), text.size(), 0);
+    char *bytes = h.cobolText(from, units, 0);
     try {
         appendText(bytes, std::strlen(bytes));
     } catch (...) {

@@ -144,12 +144,18 @@ char *DomArena::shared(const char *text)
 bool DomArena::owns(const void *p) const
 {
     const auto at = reinterpret_cast<uintptr_t>(p);
+    // Strings of neighbouring nodes mostly share a block.
+    if (at >= last_.start && at < last_.end)
+        return true;
     auto it = std::upper_bound(blocks_.begin(), blocks_.end(), at,
                                [](uintptr_t x, const Block &b) { return x < b.start; });
     if (it == blocks_.begin())
         return false;
     --it;
-    return at < it->end;
+    if (at >= it->end)
+        return false;
+    last_ = *it;
+    return true;
 }
 
 }  // namespace cblxml

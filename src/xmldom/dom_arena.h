@@ -43,6 +43,7 @@ private:
         uintptr_t end;
     };
     std::vector<Block> blocks_;  // sorted by address
+    mutable Block last_{0, 0};   // the block owns() found last
     char *next_ = nullptr;
     size_t left_ = 0;
     xd_dom_node_t *free_nodes_ = nullptr;

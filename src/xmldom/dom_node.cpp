@@ -54,7 +54,7 @@ cblxml::DomArena *arena_of(const xd_dom_node_t *node)
 
 void free_string(cblxml::DomArena *arena, char *text)
 {
-    if (arena == nullptr || !arena->owns(text))
+    if (text != nullptr && (arena == nullptr || !arena->owns(text)))
         std::free(text);
 }
 static_assert(offsetof(DocumentRecord, node) == 0, "a document record opens with its node");
@@ -217,17 +217,25 @@ xd_dom_node_t *next_to_release(xd_dom_node_t *node, const ReleaseRule &rule)
     return nullptr;
 }
 
-void release_record(xd_dom_node_t *node, const ReleaseRule &rule)
+// With `discarding` (the whole document goes, and its arena with it) a node
+// from the arena is not put on the free list.
+void release_record(xd_dom_node_t *node, const ReleaseRule &rule, bool discarding)
 {
-    cblxml::DomArena *arena = arena_of(node);
-    free_string(arena, node->name);
-    if (rule.frees_namespace)
-        free_string(arena, node->namespace_uri);
-    free_string(arena, node->value);
-    if (arena != nullptr) {
-        arena->release(node);
+    if (cblxml::DomArena *arena = arena_of(node)) {
+        // A string may have been replaced by one on the heap (text that
+        // was joined, say): that one is freed here.
+        free_string(arena, node->name);
+        if (rule.frees_namespace)
+            free_string(arena, node->namespace_uri);
+        free_string(arena, node->value);
+        if (!discarding)
+            arena->release(node);
         return;
     }
+    std::free(node->name);
+    if (rule.frees_namespace)
+        std::free(node->namespace_uri);
+    std::free(node->value);
     if (node->kind == XD_DOM_DOCUMENT)
         delete reinterpret_cast<DocumentRecord *>(node)->arena;
     std::free(node);
@@ -464,6 +472,8 @@ void kvt_xe_xml_dom_free_node(xd_dom_node_t *node, int unlink)
 {
     if (node == nullptr || release_rule(node) == nullptr)
         return;
+    // Nodes of a document that goes whole are not kept for reuse.
+    const bool discarding = node->kind == XD_DOM_DOCUMENT;
     xd_dom_node_t *current = node;
     for (;;) {
         const ReleaseRule &rule = *release_rule(current);
@@ -475,11 +485,11 @@ void kvt_xe_xml_dom_free_node(xd_dom_node_t *node, int unlink)
         if (current == node) {
             if (unlink == 1)
                 unlink_head(node, rule);
-            release_record(node, rule);
+            release_record(node, rule, discarding);
             return;
         }
         xd_dom_node_t *up = current->parent;
-        release_record(current, rule);
+        release_record(current, rule, discarding);
         current = up;
     }
 }
