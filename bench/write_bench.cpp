@@ -164,8 +164,8 @@ int main(int argc, char **argv)
     }
     std::printf("cblxml-bench-write: best of 3 by wall time; MB = 2^20 bytes; "
                 "heap/byte = peak heap growth per byte written\n");
-    std::printf("%-8s %-6s %8s %9s %9s %9s %9s\n", "who", "recs", "MB", "build s", "save s",
-                "MB/s", "heap/byte");
+    std::printf("%-8s %-6s %8s %9s %9s %9s %9s\n", "who", "recs", "MB", "build s", "save s", "MB/s",
+                "heap/byte");
     double totals[2] = {0, 0};
     int at = 0;
     for (const auto &[label, records] : {std::pair{"100 k", 100000u}, std::pair{"1 M", 1000000u}}) {

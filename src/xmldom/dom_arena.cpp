@@ -53,11 +53,10 @@ void *DomArena::new_block(size_t size)
         return nullptr;
     const Block b{reinterpret_cast<uintptr_t>(block), reinterpret_cast<uintptr_t>(block) + size};
     try {
-        blocks_.insert(std::upper_bound(blocks_.begin(), blocks_.end(), b,
-                                        [](const Block &x, const Block &y) {
-                                            return x.start < y.start;
-                                        }),
-                       b);
+        blocks_.insert(
+            std::upper_bound(blocks_.begin(), blocks_.end(), b,
+                             [](const Block &x, const Block &y) { return x.start < y.start; }),
+            b);
     } catch (const std::bad_alloc &) {
         std::free(block);
         return nullptr;
