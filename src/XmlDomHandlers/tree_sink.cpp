@@ -176,8 +176,8 @@ void TreeSink::appendText(const char *bytes, size_t size)
             // A value in the document's arena moves to a heap string of its
             // own, which the node then owns.
             const bool inArena = dom_string_in_arena(lastChild, lastChild->value);
-            char *grown = static_cast<char *>(
-                inArena ? std::malloc(cap + 1) : std::realloc(lastChild->value, cap + 1));
+            char *grown = static_cast<char *>(inArena ? std::malloc(cap + 1)
+                                                      : std::realloc(lastChild->value, cap + 1));
             if (grown == nullptr)
                 throw std::bad_alloc();
             if (inArena)

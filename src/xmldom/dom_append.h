@@ -28,8 +28,8 @@ int dom_element_node(xd_dom_node_t *document, xd_dom_node_t **out, const char *n
                      const char *namespace_uri);
 int dom_attr_node(xd_dom_node_t *document, xd_dom_node_t **out, const char *name,
                   const char *namespace_uri, const char *value);
-int dom_text_node(xd_dom_node_t *document, xd_dom_node_t **out, const char *chars,
-                  uint32_t length, int keep_blank);
+int dom_text_node(xd_dom_node_t *document, xd_dom_node_t **out, const char *chars, uint32_t length,
+                  int keep_blank);
 
 // True when `text` is a string of `node` that lives in its document's arena
 // (it must not be reallocated or freed on its own).

@@ -332,8 +332,8 @@ int dom_attr_node(xd_dom_node_t *document, xd_dom_node_t **out, const char *name
     return succeed(out, node);
 }
 
-int dom_text_node(xd_dom_node_t *document, xd_dom_node_t **out, const char *chars,
-                  uint32_t length, int keep_blank)
+int dom_text_node(xd_dom_node_t *document, xd_dom_node_t **out, const char *chars, uint32_t length,
+                  int keep_blank)
 {
     DomArena *arena = document_arena(document);
     if (arena == nullptr || (chars == nullptr && length > 0))
