@@ -16,19 +16,42 @@ bool qualifies(const dom::Node *node, const IDESC *item)
     return node_matches(node, item) && path_matches(node, item);
 }
 
+// The last run whose member was looked for: its start, and the element
+// `occurrence` - 1 element steps after it (null: past the end of the list).
+struct RunCursor {
+    dom::Node *start = nullptr;
+    dom::Node *far = nullptr;
+};
+
 // The `occurrence`-th element of the run of like siblings in which `found`
 // stands (the run starts at its earliest matching element, non-elements
 // passed over); null when the run is shorter. Siblings share the parent, so
-// the path check of `found` holds for all of them.
-dom::Node *run_member(dom::Node *found, const IDESC *item, uint32_t occurrence)
+// the path check of `found` holds for all of them. A later run of the same
+// parent starts further on, so the far end of the run before is carried
+// along to it instead of walked again from the start: among siblings where
+// like runs alternate with other elements the search stays linear.
+dom::Node *run_member(dom::Node *found, const IDESC *item, uint32_t occurrence, RunCursor &cursor)
 {
     dom::Node *start = found;
     for (dom::Node *p = dom::prev_element_sibling(found); p != nullptr && node_matches(p, item);
          p = dom::prev_element_sibling(p))
         start = p;
-    dom::Node *at = start;
-    for (uint32_t step = 1; step < occurrence && at != nullptr; ++step)
-        at = dom::next_element_sibling(at);
+    dom::Node *at = nullptr;
+    dom::Node *from = cursor.start;
+    if (from != nullptr && dom::parent(from) == dom::parent(start)) {
+        at = cursor.far;
+        while (from != nullptr && from != start) {
+            from = dom::next_element_sibling(from);
+            if (at != nullptr)
+                at = dom::next_element_sibling(at);
+        }
+    }
+    if (from == nullptr || from != start) {
+        at = start;
+        for (uint32_t step = 1; step < occurrence && at != nullptr; ++step)
+            at = dom::next_element_sibling(at);
+    }
+    cursor = RunCursor{start, at};
     return at != nullptr && node_matches(at, item) ? at : nullptr;
 }
 
@@ -40,6 +63,7 @@ dom::Node *search_ordinary(dom::Node *node, const IDESC *item, uint32_t occurren
         return nullptr;
     dom::Node *root = node;
     dom::Node *at = dom::is_element(node) ? node : dom::first_element_child(node);
+    RunCursor cursor;
     while (at != nullptr) {
         if (!qualifies(at, item)) {
             at = dom::next_element_in(at, root, false);
@@ -47,7 +71,7 @@ dom::Node *search_ordinary(dom::Node *node, const IDESC *item, uint32_t occurren
         }
         if (occurrence == 0)
             return at;
-        if (dom::Node *member = run_member(at, item, occurrence))
+        if (dom::Node *member = run_member(at, item, occurrence, cursor))
             return member;
         if (at == root)
             return nullptr;
