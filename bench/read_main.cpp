@@ -99,9 +99,15 @@ size_t start_near_end(const ShapeLayout &shape, const std::string &document, siz
     file.fcb().key_item = file.record(1).item(shape.key);
     if (records <= from_end || file.open(XMLIO_INPUT) != 0 || file.call(XMLIO_OP_READ) != 1)
         return 0;
+    // The occurrence counts the elements of the key's run, other elements
+    // among them (the lines shape alternates two): the next one is tried
+    // when the first lands on another element.
     file.fcb().key_occurrence = static_cast<uint32_t>(records - from_end);
-    if (file.call(XMLIO_OP_START) != 0)
-        return 0;
+    if (file.call(XMLIO_OP_START) != 0) {
+        file.fcb().key_occurrence -= 1;
+        if (file.call(XMLIO_OP_START) != 0)
+            return 0;
+    }
     size_t read = 0;
     int32_t status;
     while ((status = file.call(XMLIO_OP_READ_NEXT)) == 0)
