@@ -263,6 +263,25 @@ bool XmlDomHandlers::examineDeclaration(const XMLCh *work, uint32_t workLen,
     return false;
 }
 
+namespace {
+
+// How many bytes of a document hold its declaration: 0 when the document
+// opens with '<' and a letter, '!' or '/' (no declaration; ASCII-compatible
+// bytes), else the bytes up to the first "?>" and those two; `length` when
+// neither tells.
+size_t declaration_head(const unsigned char *doc, uint32_t length)
+{
+    if (length >= 2 && doc[0] == '<' &&
+        ((doc[1] >= 'A' && doc[1] <= 'Z') || (doc[1] >= 'a' && doc[1] <= 'z') || doc[1] == '!' ||
+         doc[1] == '_' || doc[1] == '/'))
+        return 0;
+    const void *end = memmem(doc, length, "?>", 2);
+    return end != nullptr ? static_cast<size_t>(static_cast<const unsigned char *>(end) - doc) + 2
+                          : length;
+}
+
+}  // namespace
+
 void XmlDomHandlers::constructTreeMode(const unsigned char *doc, uint32_t length)
 {
     auto &tree = static_cast<TreeSink &>(*sink);
@@ -300,7 +319,21 @@ void XmlDomHandlers::constructTreeMode(const unsigned char *doc, uint32_t length
         std::memcpy(docText, units.c_str(), (units.size() + 1) * sizeof(XMLCh));
         return;
     }
+    // Tree mode reads the text only for the declaration (the document node's
+    // first processing instruction): when the bytes show where it ends, only
+    // that much is converted, not the whole document.
     docTextLen = length;
+    const size_t head = declaration_head(doc, length);
+    if (head < length) {
+        uint32_t headLen = static_cast<uint32_t>(head);
+        XMLCh *text = toUtf16(doc, headLen);
+        if (head == 0 || (headLen >= 2 && text[headLen - 2] == u'?' && text[headLen - 1] == u'>')) {
+            docText = text;
+            docTextLen = headLen;
+            return;
+        }
+        std::free(text);
+    }
     docText = toUtf16(doc, docTextLen);
 }
 

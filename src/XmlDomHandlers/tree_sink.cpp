@@ -85,7 +85,7 @@ void TreeSink::startElement(const XMLCh *uri, const XMLCh *localname, const XMLC
     xd_dom_node_t *element = nullptr;
     try {
         ns = h.cobolText(uri, unit_length(uri), 0);
-        if (kvt_xe_xml_dom_element_node(treeDocument, &element, name, ns) != 0) {
+        if (dom_element_node(treeDocument, &element, name, ns) != 0) {
             element = nullptr;
             if (treeDocument != nullptr)
                 throw std::bad_alloc();  // the tree must not lack the element
@@ -108,8 +108,7 @@ void TreeSink::startElement(const XMLCh *uri, const XMLCh *localname, const XMLC
             const CText aUri(h.cobolText(attrUri, unit_length(attrUri), 0));
             const CText aValue(h.cobolText(attrValue, unit_length(attrValue), 0));
             xd_dom_node_t *attr = nullptr;
-            if (kvt_xe_xml_dom_attr_node(treeDocument, &attr, aName.get(), aUri.get(),
-                                         aValue.get()) != 0)
+            if (dom_attr_node(treeDocument, &attr, aName.get(), aUri.get(), aValue.get()) != 0)
                 throw std::bad_alloc();  // the tree must not lack the attribute
             if (!dom_append_child(element, attr))
                 kvt_xe_xml_dom_free_node(attr, 0);
@@ -142,14 +141,16 @@ void TreeSink::characters(const XMLCh *chars, size_t units)
         return;
     // Trailing white space becomes spaces, so that only blanks the tree
     // knows as blank (space, line feed) remain at the end.
-    std::u16string text(chars, units);
-    for (size_t i = text.size(); i > 0; --i) {
-        XMLCh &c = text[i - 1];
-        if (c != u' ' && c != u'\n' && c != u'\r' && c != u'\t')
-            break;
-        c = u' ';
+    auto blank = [](XMLCh c) { return c == u' ' || c == u'\n' || c == u'\r' || c == u'\t'; };
+    std::u16string text;
+    const XMLCh *from = chars;
+    if (units > 0 && blank(chars[units - 1])) {
+        text.assign(chars, units);
+        for (size_t i = text.size(); i > 0 && blank(text[i - 1]); --i)
+            text[i - 1] = u' ';
+        from = text.data();
     }
-    char *bytes = h.cobolText(text.data(), text.size(), 0);
+    char *bytes = h.cobolText(from, units, 0);
     try {
         appendText(bytes, std::strlen(bytes));
     } catch (...) {
@@ -172,9 +173,15 @@ void TreeSink::appendText(const char *bytes, size_t size)
         }
         if (mergeLen + size > mergeCap) {
             size_t cap = mergeCap * 2 > mergeLen + size ? mergeCap * 2 : mergeLen + size;
-            char *grown = static_cast<char *>(std::realloc(lastChild->value, cap + 1));
+            // A value in the document's arena moves to a heap string of its
+            // own, which the node then owns.
+            const bool inArena = dom_string_in_arena(lastChild, lastChild->value);
+            char *grown = static_cast<char *>(inArena ? std::malloc(cap + 1)
+                                                      : std::realloc(lastChild->value, cap + 1));
             if (grown == nullptr)
                 throw std::bad_alloc();
+            if (inArena)
+                std::memcpy(grown, lastChild->value, mergeLen + 1);
             lastChild->value = grown;
             mergeCap = cap;
         }
@@ -184,7 +191,7 @@ void TreeSink::appendText(const char *bytes, size_t size)
     }
     xd_dom_node_t *node = nullptr;
     // Blank text between elements makes no node: the constructor says 1.
-    if (kvt_xe_xml_dom_text_node(treeDocument, &node, bytes, static_cast<uint32_t>(size), 0) == 0)
+    if (dom_text_node(treeDocument, &node, bytes, static_cast<uint32_t>(size), 0) == 0)
         appendToCurrent(node);
     else if (!dom_text_is_blank(bytes, static_cast<uint32_t>(size)))
         throw std::bad_alloc();  // the tree must not lack the text

@@ -81,10 +81,15 @@ int32_t parse_document(ParseMemory &memory, const void *document, uint32_t lengt
         return 0;
     register_handler(*reader, handler, flags);
 
-    const std::string buffer = parse_buffer(handler, document, length);
-    xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte *>(buffer.data()),
-                                      buffer.size(), "prodInfo", false, &memory);
-    source.setCopyBufToStream(false);  // the buffer is private already
+    // A tree is built before the caller runs again, so its parse reads the
+    // caller's bytes where they are; events get a private copy.
+    const bool inPlace = (flags & CBLXML_OPT_TREE) && handler.getMPH() == nullptr;
+    const std::string buffer = inPlace ? std::string() : parse_buffer(handler, document, length);
+    const auto *bytes = reinterpret_cast<const XMLByte *>(
+        inPlace && document != nullptr ? static_cast<const char *>(document) : buffer.data());
+    xercesc::MemBufInputSource source(bytes, inPlace ? length : buffer.size(), "prodInfo", false,
+                                      &memory);
+    source.setCopyBufToStream(false);  // the buffer outlives the parse
     if (handler.getMPH() != nullptr)
         source.setEncoding(u"UTF-8");  // the buffer holds the data map's UTF-8
     reader->parse(source);

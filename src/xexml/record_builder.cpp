@@ -6,6 +6,7 @@
 
 #include "xexml/idesc_access.h"
 #include "xexml/item_text.h"
+#include "xmldom/dom_append.h"
 #include "xmldom/dom_tree.h"
 
 namespace cblxml::xexml {
@@ -79,8 +80,8 @@ void add_text(record_builder &builder, xd_dom_node_t *element, const std::string
     xd_dom_node_t *node = nullptr;
     // Blank text makes no node, which the constructor reports as a failure:
     // such an item is written as an empty element.
-    if (kvt_xe_xml_dom_text_node(builder.document, &node, text.data(),
-                                 static_cast<uint32_t>(text.size()), 0) == 0)
+    if (dom_text_node(builder.document, &node, text.data(), static_cast<uint32_t>(text.size()),
+                      0) == 0)
         append(element, node);
 }
 
@@ -105,8 +106,8 @@ void add_attributes(record_builder &builder, xml_rec_entry_t *entry, IDESC *hold
         if (naming.name.empty())
             continue;
         xd_dom_node_t *node = nullptr;
-        if (kvt_xe_xml_dom_attr_node(builder.document, &node, naming.name.c_str(),
-                                     naming.ns.c_str(), value.c_str()) != 0) {
+        if (dom_attr_node(builder.document, &node, naming.name.c_str(), naming.ns.c_str(),
+                          value.c_str()) != 0) {
             builder.failed = true;
             continue;
         }
@@ -120,8 +121,8 @@ void build_occurrence(record_builder &builder, xml_rec_entry_t *entry, IDESC *it
     const Naming naming = naming_of(entry, item);
     xd_dom_node_t *element = nullptr;
     if (!naming.name.empty()) {
-        if (kvt_xe_xml_dom_element_node(builder.document, &element, naming.name.c_str(),
-                                        naming.ns.c_str()) != 0) {
+        if (dom_element_node(builder.document, &element, naming.name.c_str(), naming.ns.c_str()) !=
+            0) {
             builder.failed = true;
             return;
         }

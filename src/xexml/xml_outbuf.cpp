@@ -5,12 +5,23 @@
 
 namespace cblxml::xexml {
 
+namespace {
+
+bool stream_writable(const cblxml_stream *stream)
+{
+    return stream != nullptr && stream->ops != nullptr && stream->ops->write != nullptr;
+}
+
+}  // namespace
+
 bool outbuf_create(xml_outbuf &buf, const xmlio_fcb *fcb)
 {
     buf = xml_outbuf{};
     buf.stream = fcb->stream;
     buf.fixed = (fcb->flags & XMLIO_IN_MEMORY) != 0;
-    buf.capacity = buf.fixed ? fcb->name_len : kOutBlock;
+    buf.streaming = !buf.fixed && stream_writable(fcb->stream) &&
+                    (fcb->flags & (XMLIO_VERIFY | XMLIO_URL)) == 0;
+    buf.capacity = buf.fixed ? fcb->name_len : buf.streaming ? kStreamBlock : kOutBlock;
     // One byte at least, so that an item of size 0 still has an area.
     buf.data = static_cast<char *>(std::malloc(buf.capacity + 1));
     if (buf.data == nullptr)
@@ -33,11 +44,6 @@ void write_out(cblxml_stream *stream, const char *text, size_t n)
         text += piece;
         n -= piece;
     }
-}
-
-bool stream_writable(const cblxml_stream *stream)
-{
-    return stream != nullptr && stream->ops != nullptr && stream->ops->write != nullptr;
 }
 
 // Grows a growable area to hold `need` bytes: the next power-of-two count of
@@ -87,6 +93,13 @@ void outbuf_append(xml_outbuf &buf, const char *text, size_t n)
             write_out(buf.stream, buf.data, buf.used);
             buf.used = 0;
             if (n > kOutBlock || n > buf.capacity) {
+                write_out(buf.stream, text, n);
+                return;
+            }
+        } else if (buf.streaming) {
+            write_out(buf.stream, buf.data, buf.used);
+            buf.used = 0;
+            if (n > buf.capacity) {
                 write_out(buf.stream, text, n);
                 return;
             }

@@ -18,6 +18,23 @@ bool dom_append_child(xd_dom_node_t *parent, xd_dom_node_t *child);
 // running out of memory): spaces, line feeds and zero bytes only.
 bool dom_text_is_blank(const char *chars, uint32_t length);
 
+// The constructors of the library's own tree builders: the same nodes and
+// the same results as kvt_xe_xml_dom_element_node, _attr_node and _text_node
+// with `document` as the owner, but taken from the document's arena (names
+// and namespace URIs shared). Freed with kvt_xe_xml_dom_free_node as ever,
+// and before the document is. When `document` is not a document node they
+// are the exported constructors.
+int dom_element_node(xd_dom_node_t *document, xd_dom_node_t **out, const char *name,
+                     const char *namespace_uri);
+int dom_attr_node(xd_dom_node_t *document, xd_dom_node_t **out, const char *name,
+                  const char *namespace_uri, const char *value);
+int dom_text_node(xd_dom_node_t *document, xd_dom_node_t **out, const char *chars, uint32_t length,
+                  int keep_blank);
+
+// True when `text` is a string of `node` that lives in its document's arena
+// (it must not be reallocated or freed on its own).
+bool dom_string_in_arena(const xd_dom_node_t *node, const char *text);
+
 }  // namespace cblxml
 
 #endif

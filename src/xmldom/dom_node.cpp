@@ -1,9 +1,12 @@
 // Document tree nodes: the five constructors and the release of a subtree.
 //
-// Plain C style on purpose: every node is one zero-filled malloc'd record,
-// every string a length-exact private copy, and nothing here throws. The
-// constructors never link a node into a tree; the parser call-backs and the
-// tree-update operations do that.
+// Plain C style on purpose: every node made by the exported constructors is
+// one zero-filled malloc'd record, every string a length-exact private copy,
+// and nothing here throws. The constructors never link a node into a tree;
+// the parser call-backs and the tree-update operations do that. The library's
+// own tree builders use the document's arena instead (dom_append.h): such a
+// node carries a mark in the padding behind its kind, its owner is the
+// document, and its strings that lie in the arena are not freed one by one.
 #include "cblxml.h"
 
 #include <cstddef>
@@ -11,6 +14,7 @@
 #include <cstring>
 
 #include "xmldom/dom_append.h"
+#include "xmldom/dom_arena.h"
 #include "xmldom/dom_document.h"
 
 namespace {
@@ -23,7 +27,36 @@ const char kTextName[] = "text";
 struct DocumentRecord {
     xd_dom_node_t node;
     bool stringsUtf8;
+    cblxml::DomArena *arena;  // made with the first node from it
 };
+
+// The mark of a node from an arena, in the 4 padding bytes behind `kind`.
+constexpr uint32_t kArenaMark = 0x41524e41u;
+constexpr size_t kMarkOffset = offsetof(xd_dom_node_t, kind) + sizeof(uint32_t);
+static_assert(offsetof(xd_dom_node_t, name) >= kMarkOffset + sizeof(uint32_t),
+              "the node has padding behind its kind");
+
+void set_mark(xd_dom_node_t *node)
+{
+    std::memcpy(reinterpret_cast<char *>(node) + kMarkOffset, &kArenaMark, sizeof kArenaMark);
+}
+
+// The arena of a marked node (its owner is the document); null for a node
+// from the exported constructors.
+cblxml::DomArena *arena_of(const xd_dom_node_t *node)
+{
+    uint32_t mark = 0;
+    std::memcpy(&mark, reinterpret_cast<const char *>(node) + kMarkOffset, sizeof mark);
+    if (mark != kArenaMark || node->owner == nullptr)
+        return nullptr;
+    return static_cast<const DocumentRecord *>(node->owner)->arena;
+}
+
+void free_string(cblxml::DomArena *arena, char *text)
+{
+    if (text != nullptr && (arena == nullptr || !arena->owns(text)))
+        std::free(text);
+}
 static_assert(offsetof(DocumentRecord, node) == 0, "a document record opens with its node");
 
 xd_dom_node_t *new_node(uint32_t kind)
@@ -184,13 +217,50 @@ xd_dom_node_t *next_to_release(xd_dom_node_t *node, const ReleaseRule &rule)
     return nullptr;
 }
 
-void release_record(xd_dom_node_t *node, const ReleaseRule &rule)
+// With `discarding` (the whole document goes, and its arena with it) a node
+// from the arena is not put on the free list.
+void release_record(xd_dom_node_t *node, const ReleaseRule &rule, bool discarding)
 {
+    if (cblxml::DomArena *arena = arena_of(node)) {
+        // A string may have been replaced by one on the heap (text that
+        // was joined, say): that one is freed here.
+        free_string(arena, node->name);
+        if (rule.frees_namespace)
+            free_string(arena, node->namespace_uri);
+        free_string(arena, node->value);
+        if (!discarding)
+            arena->release(node);
+        return;
+    }
     std::free(node->name);
     if (rule.frees_namespace)
         std::free(node->namespace_uri);
     std::free(node->value);
+    if (node->kind == XD_DOM_DOCUMENT)
+        delete reinterpret_cast<DocumentRecord *>(node)->arena;
     std::free(node);
+}
+
+// The arena of `document`, made on first use; null when `document` is not a
+// document node or memory runs out.
+cblxml::DomArena *document_arena(xd_dom_node_t *document)
+{
+    if (document == nullptr || document->kind != XD_DOM_DOCUMENT || arena_of(document) != nullptr)
+        return nullptr;
+    auto *record = reinterpret_cast<DocumentRecord *>(document);
+    if (record->arena == nullptr)
+        record->arena = new (std::nothrow) cblxml::DomArena();
+    return record->arena;
+}
+
+xd_dom_node_t *arena_node(cblxml::DomArena &arena, xd_dom_node_t *document, uint32_t kind)
+{
+    xd_dom_node_t *node = arena.node(kind);
+    if (node != nullptr) {
+        set_mark(node);
+        node->owner = document;
+    }
+    return node;
 }
 
 // Head-only unlink: the node is taken to be the head of its parent's list, so
@@ -212,6 +282,75 @@ void unlink_head(const xd_dom_node_t *node, const ReleaseRule &rule)
 namespace cblxml {
 
 bool dom_text_is_blank(const char *chars, uint32_t length) { return is_blank(chars, length); }
+
+bool dom_string_in_arena(const xd_dom_node_t *node, const char *text)
+{
+    const DomArena *arena = arena_of(node);
+    return arena != nullptr && arena->owns(text);
+}
+
+int dom_element_node(xd_dom_node_t *document, xd_dom_node_t **out, const char *name,
+                     const char *namespace_uri)
+{
+    DomArena *arena = document_arena(document);
+    if (arena == nullptr || name == nullptr)
+        return kvt_xe_xml_dom_element_node(document, out, name, namespace_uri);
+    xd_dom_node_t *node = arena_node(*arena, document, XD_DOM_ELEMENT);
+    if (node == nullptr)
+        return fail(out);
+    node->name = arena->shared(name);
+    if (!is_empty(namespace_uri))
+        node->namespace_uri = arena->shared(namespace_uri);
+    if (node->name == nullptr || (!is_empty(namespace_uri) && node->namespace_uri == nullptr)) {
+        arena->release(node);
+        return fail(out);
+    }
+    return succeed(out, node);
+}
+
+int dom_attr_node(xd_dom_node_t *document, xd_dom_node_t **out, const char *name,
+                  const char *namespace_uri, const char *value)
+{
+    DomArena *arena = document_arena(document);
+    if (arena == nullptr || value == nullptr)
+        return kvt_xe_xml_dom_attr_node(document, out, name, namespace_uri, value);
+    xd_dom_node_t *node = arena_node(*arena, document, XD_DOM_ATTRIBUTE);
+    if (node == nullptr)
+        return fail(out);
+    // Empty strings stay null, as the exported constructor leaves them.
+    bool ok = true;
+    if (!is_empty(name))
+        ok = (node->name = arena->shared(name)) != nullptr;
+    if (ok && !is_empty(namespace_uri))
+        ok = (node->namespace_uri = arena->shared(namespace_uri)) != nullptr;
+    if (ok && !is_empty(value))
+        ok = (node->value = arena->copy(value, std::strlen(value))) != nullptr;
+    if (!ok) {
+        arena->release(node);
+        return fail(out);
+    }
+    return succeed(out, node);
+}
+
+int dom_text_node(xd_dom_node_t *document, xd_dom_node_t **out, const char *chars, uint32_t length,
+                  int keep_blank)
+{
+    DomArena *arena = document_arena(document);
+    if (arena == nullptr || (chars == nullptr && length > 0))
+        return kvt_xe_xml_dom_text_node(document, out, chars, length, keep_blank);
+    if (keep_blank != 1 && is_blank(chars, length))
+        return fail(out);
+    xd_dom_node_t *node = arena_node(*arena, document, XD_DOM_TEXT);
+    if (node == nullptr)
+        return fail(out);
+    node->name = arena->shared(kTextName);
+    node->value = node->name != nullptr ? arena->copy(chars, length) : nullptr;
+    if (node->value == nullptr) {
+        arena->release(node);
+        return fail(out);
+    }
+    return succeed(out, node);
+}
 
 void dom_set_strings_utf8(xd_dom_node_t *document, bool utf8)
 {
@@ -333,6 +472,8 @@ void kvt_xe_xml_dom_free_node(xd_dom_node_t *node, int unlink)
 {
     if (node == nullptr || release_rule(node) == nullptr)
         return;
+    // Nodes of a document that goes whole are not kept for reuse.
+    const bool discarding = node->kind == XD_DOM_DOCUMENT;
     xd_dom_node_t *current = node;
     for (;;) {
         const ReleaseRule &rule = *release_rule(current);
@@ -344,11 +485,11 @@ void kvt_xe_xml_dom_free_node(xd_dom_node_t *node, int unlink)
         if (current == node) {
             if (unlink == 1)
                 unlink_head(node, rule);
-            release_record(node, rule);
+            release_record(node, rule, discarding);
             return;
         }
         xd_dom_node_t *up = current->parent;
-        release_record(current, rule);
+        release_record(current, rule, discarding);
         current = up;
     }
 }

@@ -293,3 +293,69 @@ TEST(FreeNode, DeepTreeFreesWithoutExhaustingTheStack)
 }
 
 }  // namespace
+
+namespace {
+
+// Both kinds of constructor, as the tree builders and as a program call them.
+struct ArenaCall {
+    const char *label;
+    int (*arena)(xd_dom_node_t *, Out);
+    int (*exported)(xd_dom_node_t *, Out);
+};
+
+}  // namespace
+
+// The arena constructors make the same nodes and refuse the same calls as
+// the exported ones; names are stored once; a string a node took from the
+// heap later is still freed with it (LeakSanitizer watches), and removed
+// nodes are taken back before the document goes.
+TEST(ArenaNodes, SameNodesAsTheExportedConstructors)
+{
+    using namespace cblxml;
+    const ArenaCall calls[] = {
+        // clang-format off
+        {"element", [](xd_dom_node_t *d, Out o) { return dom_element_node(d, o, "a", "urn:x"); }, [](xd_dom_node_t *d, Out o) { return kvt_xe_xml_dom_element_node(d, o, "a", "urn:x"); }},
+        {"element, empty namespace", [](xd_dom_node_t *d, Out o) { return dom_element_node(d, o, "a", ""); }, [](xd_dom_node_t *d, Out o) { return kvt_xe_xml_dom_element_node(d, o, "a", ""); }},
+        {"attribute, empty name and value", [](xd_dom_node_t *d, Out o) { return dom_attr_node(d, o, "", "urn:a", ""); }, [](xd_dom_node_t *d, Out o) { return kvt_xe_xml_dom_attr_node(d, o, "", "urn:a", ""); }},
+        {"attribute, null value", [](xd_dom_node_t *d, Out o) { return dom_attr_node(d, o, "id", nullptr, nullptr); }, [](xd_dom_node_t *d, Out o) { return kvt_xe_xml_dom_attr_node(d, o, "id", nullptr, nullptr); }},
+        {"blank text dropped", [](xd_dom_node_t *d, Out o) { return dom_text_node(d, o, " \n", 2, 0); }, [](xd_dom_node_t *d, Out o) { return kvt_xe_xml_dom_text_node(d, o, " \n", 2, 0); }},
+        {"text with NUL", [](xd_dom_node_t *d, Out o) { return dom_text_node(d, o, "a\0b", 3, 1); }, [](xd_dom_node_t *d, Out o) { return kvt_xe_xml_dom_text_node(d, o, "a\0b", 3, 1); }},
+        // clang-format on
+    };
+    NodePtr doc(document());
+    for (const ArenaCall &c : calls) {
+        SCOPED_TRACE(c.label);
+        xd_dom_node_t *mine = kPoison, *theirs = kPoison;
+        ASSERT_EQ(c.arena(doc.get(), &mine), c.exported(doc.get(), &theirs));
+        NodePtr keep(theirs);
+        if (theirs == nullptr) {
+            EXPECT_EQ(mine, nullptr);
+            continue;
+        }
+        EXPECT_EQ(mine->kind, theirs->kind);
+        EXPECT_EQ(mine->owner, doc.get());
+        for (auto field : {&xd_dom_node_t::name, &xd_dom_node_t::namespace_uri}) {
+            expect_field(mine->*field, theirs->*field);
+        }
+        if (theirs->value != nullptr)
+            EXPECT_EQ(std::string(mine->value, 4), std::string(theirs->value, 4));
+        else
+            EXPECT_EQ(mine->value, nullptr);
+        kvt_xe_xml_dom_free_node(mine, 0);
+    }
+    xd_dom_node_t *a = nullptr, *b = nullptr, *t = nullptr;
+    ASSERT_EQ(dom_element_node(doc.get(), &a, "order", "urn:o"), 0);
+    append(doc.get(), a);
+    ASSERT_EQ(dom_element_node(doc.get(), &b, "order", "urn:o"), 0);
+    append(a, b);
+    EXPECT_EQ(a->name, b->name);
+    EXPECT_EQ(a->namespace_uri, b->namespace_uri);
+    ASSERT_EQ(dom_text_node(doc.get(), &t, "x", 1, 0), 0);
+    append(b, t);
+    EXPECT_TRUE(dom_string_in_arena(t, t->value));
+    t->value = strdup("a value of its own");
+    EXPECT_FALSE(dom_string_in_arena(t, t->value));
+    EXPECT_FALSE(dom_string_in_arena(a, "elsewhere"));
+    kvt_xe_xml_dom_free_node(b, 1);  // with its text, before the document
+    EXPECT_EQ(a->first_child, nullptr);
+}

@@ -1,0 +1,160 @@
+#include "xmldom/dom_arena.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#if defined(__SANITIZE_ADDRESS__)
+#define CBLXML_ARENA_ASAN 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define CBLXML_ARENA_ASAN 1
+#endif
+#endif
+
+#ifdef CBLXML_ARENA_ASAN
+#include <sanitizer/asan_interface.h>
+// Memory not handed out (the rest of a block, the nodes on the free list) is
+// poisoned, so that AddressSanitizer still reports a use after DELETE or
+// outside a string.
+#define ARENA_POISON(p, n) ASAN_POISON_MEMORY_REGION((p), (n))
+#define ARENA_UNPOISON(p, n) ASAN_UNPOISON_MEMORY_REGION((p), (n))
+#else
+#define ARENA_POISON(p, n) ((void)(p), (void)(n))
+#define ARENA_UNPOISON(p, n) ((void)(p), (void)(n))
+#endif
+
+namespace cblxml {
+namespace {
+
+constexpr size_t kBlockSize = 256 * 1024;
+// Larger strings get a block of their own, so that a block is never mostly
+// left unused.
+constexpr size_t kOwnBlock = kBlockSize / 8;
+constexpr size_t kAlign = alignof(xd_dom_node_t);
+
+size_t aligned(size_t size) { return (size + kAlign - 1) & ~(kAlign - 1); }
+
+}  // namespace
+
+DomArena::~DomArena()
+{
+    for (const Block &b : blocks_) {
+        ARENA_UNPOISON(reinterpret_cast<void *>(b.start), b.end - b.start);
+        std::free(reinterpret_cast<void *>(b.start));
+    }
+}
+
+void *DomArena::new_block(size_t size)
+{
+    void *block = std::malloc(size);
+    if (block == nullptr)
+        return nullptr;
+    const Block b{reinterpret_cast<uintptr_t>(block), reinterpret_cast<uintptr_t>(block) + size};
+    try {
+        blocks_.insert(
+            std::upper_bound(blocks_.begin(), blocks_.end(), b,
+                             [](const Block &x, const Block &y) { return x.start < y.start; }),
+            b);
+    } catch (const std::bad_alloc &) {
+        std::free(block);
+        return nullptr;
+    }
+    ARENA_POISON(block, size);
+    return block;
+}
+
+void *DomArena::take(size_t size)
+{
+    size = aligned(size == 0 ? 1 : size);
+    if (size >= kOwnBlock) {
+        void *own = new_block(size);
+        if (own != nullptr)
+            ARENA_UNPOISON(own, size);
+        return own;
+    }
+    if (size > left_) {
+        auto *block = static_cast<char *>(new_block(kBlockSize));
+        if (block == nullptr)
+            return nullptr;
+        next_ = block;
+        left_ = kBlockSize;
+    }
+    char *p = next_;
+    next_ += size;
+    left_ -= size;
+    ARENA_UNPOISON(p, size);
+    return p;
+}
+
+xd_dom_node_t *DomArena::node(uint32_t kind)
+{
+    void *p = free_nodes_;
+    if (p != nullptr) {
+        ARENA_UNPOISON(p, sizeof(xd_dom_node_t));
+        free_nodes_ = free_nodes_->next_sibling;
+    } else {
+        p = take(sizeof(xd_dom_node_t));
+        if (p == nullptr)
+            return nullptr;
+    }
+    auto *n = static_cast<xd_dom_node_t *>(std::memset(p, 0, sizeof(xd_dom_node_t)));
+    n->kind = kind;
+    return n;
+}
+
+void DomArena::release(xd_dom_node_t *node)
+{
+    std::memset(node, 0, sizeof *node);
+    node->next_sibling = free_nodes_;
+    free_nodes_ = node;
+    ARENA_POISON(node, sizeof *node);
+}
+
+char *DomArena::copy(const char *bytes, size_t size)
+{
+    auto *p = static_cast<char *>(take(size + 1));
+    if (p == nullptr)
+        return nullptr;
+    if (size > 0)
+        std::memcpy(p, bytes, size);
+    p[size] = '\0';
+    return p;
+}
+
+char *DomArena::shared(const char *text)
+{
+    const std::string_view key(text);
+    const auto found = shared_.find(key);
+    if (found != shared_.end())
+        return found->second;
+    char *p = copy(text, key.size());
+    if (p == nullptr)
+        return nullptr;
+    try {
+        shared_.emplace(std::string_view(p, key.size()), p);
+    } catch (const std::bad_alloc &) {
+        // Not shared, but still a valid copy that the arena frees.
+    }
+    return p;
+}
+
+bool DomArena::owns(const void *p) const
+{
+    const auto at = reinterpret_cast<uintptr_t>(p);
+    // Strings of neighbouring nodes mostly share a block.
+    if (at >= last_.start && at < last_.end)
+        return true;
+    auto it = std::upper_bound(blocks_.begin(), blocks_.end(), at,
+                               [](uintptr_t x, const Block &b) { return x < b.start; });
+    if (it == blocks_.begin())
+        return false;
+    --it;
+    if (at >= it->end)
+        return false;
+    last_ = *it;
+    return true;
+}
+
+}  // namespace cblxml
