@@ -3,7 +3,10 @@
 // where the build found it, pugixml's tree of it (loaded from a memory
 // buffer). It measures and prints; it never fails a build.
 //
-//   cblxml-bench-read [--sizes 10,100] [--repeat N] [--no-memory]
+//   cblxml-bench-read [--sizes 10,100] [--repeat N] [--no-memory] [--shape NAME]
+//                     [--only-read]
+//
+// --only-read times READ and READ NEXT alone (for a profiler).
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -185,7 +188,8 @@ int main(int argc, char **argv)
     using namespace cblxml_bench;
     std::vector<size_t> sizes{10, 100};
     int repeat = 2;
-    bool memory = true;
+    bool memory = true, only_read = false;
+    const char *only_shape = nullptr;
     for (int i = 1; i < argc; ++i) {
         const std::string arg = argv[i];
         if (arg == "--sizes" && i + 1 < argc) {
@@ -194,8 +198,13 @@ int main(int argc, char **argv)
             repeat = std::atoi(argv[++i]) > 0 ? std::atoi(argv[i]) : 1;
         } else if (arg == "--no-memory") {
             memory = false;
+        } else if (arg == "--shape" && i + 1 < argc) {
+            only_shape = argv[++i];
+        } else if (arg == "--only-read") {
+            only_read = true;
         } else {
-            std::puts("usage: cblxml-bench-read [--sizes 10,100] [--repeat N] [--no-memory]");
+            std::puts("usage: cblxml-bench-read [--sizes 10,100] [--repeat N] [--no-memory] "
+                      "[--shape NAME] [--only-read]");
             return 2;
         }
     }
@@ -208,11 +217,20 @@ int main(int argc, char **argv)
                 "raw ms", "read ms", "pugi ms", "raw/rd", "read MB/s", "read b/d", "pugi b/d",
                 "start ms", "read x", "start x");
     for (const ShapeLayout &shape : kLayouts) {
+        if (only_shape != nullptr && std::strcmp(only_shape, name_of(shape.shape)) != 0)
+            continue;
         double previous_seconds = 0, previous_start = 0;
         for (const size_t size : sizes) {
             const std::string document =
                 make_document(shape.shape, size * static_cast<size_t>(kMiB));
             size_t records = 0;
+            if (only_read) {
+                const double read =
+                    best_seconds(repeat, [&] { records = read_all(shape, document); });
+                std::printf("%-10s %4zu %8zu read %8.1f ms\n", name_of(shape.shape), size, records,
+                            read * 1e3);
+                continue;
+            }
             const double raw = best_seconds(repeat, [&] { raw_parse(document); });
             const double read = best_seconds(repeat, [&] { records = read_all(shape, document); });
             size_t after_start = 0;

@@ -83,6 +83,9 @@ public:
     // converted by WCharToCOBOL1 with the handler's transcoder. Owned by the
     // caller (normally handed to an event record).
     char *cobolText(const XMLCh *source, size_t count, int32_t national) override;
+    // The same text in the handler's reused conversion area, followed by a
+    // zero byte (two for national text): valid until the next conversion.
+    std::string_view cobolView(const XMLCh *source, size_t count, int32_t national);
 
     // The UTF-16 copy of the document and its length in units.
     const XMLCh *getDocText() const { return docText; }
@@ -167,7 +170,10 @@ private:
     char asciiBytes[0x80] = {};
     const xercesc::Locator *locator = nullptr;
     const ParserError *parserError = nullptr;
-    LineIndex lines;                                      // extended as the parse moves on
+    LineIndex lines;  // extended as the parse moves on
+    // National text ends with a zero unit, other text with a zero byte.
+    bool nationalText(int32_t nationalFlag) const;
+
     std::vector<char> scratch;                            // conversion area reused by cobolText
     std::unordered_set<std::u16string> declaredEntities;  // general entities
     // The parser reads UTF-8 that starts with a byte-order mark: it counts no

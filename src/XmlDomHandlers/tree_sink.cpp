@@ -6,7 +6,6 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <new>
 #include <string>
 
@@ -19,16 +18,6 @@
 #include "xmldom/dom_document.h"
 
 namespace cblxml {
-namespace {
-
-// A converted text until a node has copied it.
-struct FreeText {
-    void operator()(char *text) const { std::free(text); }
-};
-using CText = std::unique_ptr<char, FreeText>;
-
-}  // namespace
-
 TreeSink::TreeSink(XmlDomHandlers &handler, void *out, xd_dom_parse_err_t **errorRecordOut)
     : h(handler)
 {
@@ -77,38 +66,47 @@ void TreeSink::startDocument()
     appendPi(u"xml", 3, text + from, end - from);
 }
 
+const char *TreeSink::sharedName(const XMLCh *units)
+{
+    static const XMLCh kNone[] = {0};
+    if (units == nullptr)
+        units = kNone;  // no string: the empty one
+    const size_t length = unit_length(units);
+    probe.assign(units, length);
+    const auto found = names.find(probe);
+    if (found != names.end())
+        return found->second;
+    // Converted and copied once per distinct string; the copy is the
+    // arena's, which lives as long as the tree.
+    const std::string_view text = h.cobolView(units, length, 0);
+    const char *shared = dom_shared_string(treeDocument, text.data());
+    if (shared == nullptr)
+        throw std::bad_alloc();  // the tree must not lack the name
+    // Past this many distinct names the conversion is made every time, so
+    // that a document of endless distinct names holds no more here.
+    constexpr size_t kMaxNames = 4096;
+    if (names.size() < kMaxNames)
+        names.emplace(probe, shared);
+    return shared;
+}
+
 void TreeSink::startElement(const XMLCh *uri, const XMLCh *localname, const XMLCh *,
                             const xercesc::Attributes &attrs)
 {
-    char *name = h.cobolText(localname, unit_length(localname), 0);
-    char *ns = nullptr;
+    if (treeDocument == nullptr)
+        return;  // no tree is built: nothing to make
     xd_dom_node_t *element = nullptr;
-    try {
-        ns = h.cobolText(uri, unit_length(uri), 0);
-        if (dom_element_node(treeDocument, &element, name, ns) != 0) {
-            element = nullptr;
-            if (treeDocument != nullptr)
-                throw std::bad_alloc();  // the tree must not lack the element
-        }
-    } catch (...) {
-        std::free(name);
-        std::free(ns);
-        throw;
-    }
-    std::free(name);
-    std::free(ns);
-    if (element == nullptr)
-        return;
+    if (dom_element_node_named(treeDocument, &element, sharedName(localname), sharedName(uri)) != 0)
+        throw std::bad_alloc();  // the tree must not lack the element
     try {
         for (XMLSize_t i = 0; i < attrs.getLength(); ++i) {
-            const XMLCh *attrLocal = attrs.getLocalName(i);
-            const XMLCh *attrUri = attrs.getURI(i);
-            const XMLCh *attrValue = attrs.getValue(i);
-            const CText aName(h.cobolText(attrLocal, unit_length(attrLocal), 0));
-            const CText aUri(h.cobolText(attrUri, unit_length(attrUri), 0));
-            const CText aValue(h.cobolText(attrValue, unit_length(attrValue), 0));
+            const char *name = sharedName(attrs.getLocalName(i));
+            const char *ns = sharedName(attrs.getURI(i));
+            const XMLCh *value = attrs.getValue(i);
+            const std::string_view text = h.cobolView(value, unit_length(value), 0);
             xd_dom_node_t *attr = nullptr;
-            if (dom_attr_node(treeDocument, &attr, aName.get(), aUri.get(), aValue.get()) != 0)
+            if (dom_attr_node_named(treeDocument, &attr, name, ns, text.data(),
+                                    std::strlen(text.data())) != 0)
                 throw std::bad_alloc();  // the tree must not lack the attribute
             if (!dom_append_child(element, attr))
                 kvt_xe_xml_dom_free_node(attr, 0);
@@ -150,14 +148,9 @@ void TreeSink::characters(const XMLCh *chars, size_t units)
             text[i - 1] = u' ';
         from = text.data();
     }
-    char *bytes = h.cobolText(from, units, 0);
-    try {
-        appendText(bytes, std::strlen(bytes));
-    } catch (...) {
-        std::free(bytes);
-        throw;
-    }
-    std::free(bytes);
+    // The text ends at its first zero byte, as a C string would.
+    const std::string_view bytes = h.cobolView(from, units, 0);
+    appendText(bytes.data(), std::strlen(bytes.data()));
 }
 
 void TreeSink::appendText(const char *bytes, size_t size)

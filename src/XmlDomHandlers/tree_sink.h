@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <string>
+#include <unordered_map>
 
 #include "XmlDomHandlers/XmlDomHandlers.h"
 #include "XmlDomHandlers/handler_sink.h"
@@ -39,6 +40,10 @@ private:
     void appendPi(const XMLCh *target, size_t targetLen, const XMLCh *data, size_t dataLen);
     void appendText(const char *bytes, size_t size);
     void recordError(const xercesc::SAXParseException &exc, bool readDomain);
+    // The tree's copy of a converted element or attribute name or namespace
+    // URI (zero-terminated `units`); throws std::bad_alloc when memory runs
+    // out.
+    const char *sharedName(const XMLCh *units);
 
     XmlDomHandlers &h;
     xd_dom_node_t *treeDocument = nullptr;  // the document node (also the owner)
@@ -49,6 +54,9 @@ private:
     xd_dom_node_t *mergeText = nullptr;
     size_t mergeLen = 0;
     size_t mergeCap = 0;
+    // Names and namespace URIs converted so far, by their UTF-16 form.
+    std::unordered_map<std::u16string, const char *> names;
+    std::u16string probe;  // the key being looked up, reused
 };
 
 }  // namespace cblxml

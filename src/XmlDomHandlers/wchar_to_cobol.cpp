@@ -3,6 +3,7 @@
 #include <cstring>
 #include <new>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <xercesc/util/XMLException.hpp>
@@ -64,9 +65,9 @@ namespace {
 bool is_surrogate(XMLCh c) { return c >= 0xD800 && c <= 0xDFFF; }
 
 // The UTF-8 form of a text without zero units and surrogates, as the UTF-8
-// transcoder writes it, in a block of its own; null when the text holds
-// either (the transcoder then decides). `work` is the reused conversion area.
-char *plain_utf8(const XMLCh *source, size_t count, std::vector<char> &work)
+// transcoder writes it, into `work` with a zero byte behind it: its size, or
+// npos when the text holds either (the transcoder then decides).
+size_t plain_utf8(const XMLCh *source, size_t count, std::vector<char> &work)
 {
     if (work.size() < count * 3 + 1)
         work.resize(count * 3 + 1);
@@ -76,7 +77,7 @@ char *plain_utf8(const XMLCh *source, size_t count, std::vector<char> &work)
         if (c < 0x80 && c != 0) {
             *put++ = static_cast<unsigned char>(c);
         } else if (c == 0 || is_surrogate(c)) {
-            return nullptr;
+            return std::string_view::npos;
         } else if (c < 0x800) {
             *put++ = static_cast<unsigned char>(0xC0 | (c >> 6));
             *put++ = static_cast<unsigned char>(0x80 | (c & 0x3F));
@@ -86,29 +87,24 @@ char *plain_utf8(const XMLCh *source, size_t count, std::vector<char> &work)
             *put++ = static_cast<unsigned char>(0x80 | (c & 0x3F));
         }
     }
-    const size_t size = static_cast<size_t>(put - reinterpret_cast<unsigned char *>(work.data()));
-    char *text = static_cast<char *>(std::malloc(size + 1));
-    if (text == nullptr)
-        throw std::bad_alloc();
-    std::memcpy(text, work.data(), size);
-    text[size] = 0;
-    return text;
+    *put = 0;
+    return static_cast<size_t>(put - reinterpret_cast<unsigned char *>(work.data()));
 }
 
 // National text that the data map would store unit for unit (no zero unit,
-// no surrogate): the units themselves and a zero unit; else null.
-char *plain_national(const XMLCh *source, size_t count)
+// no surrogate): the units themselves and a zero unit in `work`, their size
+// in bytes; else npos.
+size_t plain_national(const XMLCh *source, size_t count, std::vector<char> &work)
 {
     for (size_t i = 0; i < count; ++i) {
         if (source[i] == 0 || is_surrogate(source[i]))
-            return nullptr;
+            return std::string_view::npos;
     }
-    char *text = static_cast<char *>(std::malloc(count * 2 + 2));
-    if (text == nullptr)
-        throw std::bad_alloc();
-    std::memcpy(text, source, count * 2);
-    text[count * 2] = text[count * 2 + 1] = 0;
-    return text;
+    if (work.size() < count * 2 + 2)
+        work.resize(count * 2 + 2);
+    std::memcpy(work.data(), source, count * 2);
+    work[count * 2] = work[count * 2 + 1] = 0;
+    return count * 2;
 }
 
 }  // namespace
@@ -137,14 +133,18 @@ bool XmlDomHandlers::buildAsciiTable()
     return true;
 }
 
-char *XmlDomHandlers::cobolText(const XMLCh *source, size_t count, int32_t nationalFlag)
+bool XmlDomHandlers::nationalText(int32_t nationalFlag) const
 {
+    return nationalFlag == 1 || (mapHandle != nullptr && idesc.class_code == DM_CLASS_NATIONAL);
+}
+
+std::string_view XmlDomHandlers::cobolView(const XMLCh *source, size_t count, int32_t nationalFlag)
+{
+    size_t size = std::string_view::npos;
     if (asciiTranscoder && nationalFlag == 0 && mapHandle == nullptr) {
-        if (char *text = plain_utf8(source, count, scratch))
-            return text;
+        size = plain_utf8(source, count, scratch);
     } else if (mapHandle != nullptr && idesc.class_code == DM_CLASS_NATIONAL) {
-        if (char *text = plain_national(source, count))
-            return text;
+        size = plain_national(source, count, scratch);
     } else if (transcoder != nullptr && nationalFlag == 0 && mapHandle == nullptr) {
         // A single-byte page: ASCII text goes through a table made once from
         // the transcoder's own answers.
@@ -154,15 +154,16 @@ char *XmlDomHandlers::cobolText(const XMLCh *source, size_t count, int32_t natio
         while (asciiTable == 1 && i < count && source[i] != 0 && source[i] < 0x80)
             ++i;
         if (asciiTable == 1 && i == count) {
-            char *text = static_cast<char *>(std::malloc(count + 1));
-            if (text == nullptr)
-                throw std::bad_alloc();
+            if (scratch.size() < count + 1)
+                scratch.resize(count + 1);
             for (size_t k = 0; k < count; ++k)
-                text[k] = asciiBytes[source[k]];
-            text[count] = 0;
-            return text;
+                scratch[k] = asciiBytes[source[k]];
+            scratch[count] = 0;
+            size = count;
         }
     }
+    if (size != std::string_view::npos)
+        return {scratch.data(), size};
     const size_t room = cobolTextRoom(count);
     if (scratch.size() < room)
         scratch.resize(room < scratch.size() * 2 ? scratch.size() * 2 : room);
@@ -170,23 +171,25 @@ char *XmlDomHandlers::cobolText(const XMLCh *source, size_t count, int32_t natio
     WCharToCOBOL1(transcoder, source, scratch.data(), static_cast<int32_t>(count), nationalFlag);
     // The text ends at its terminator: a zero unit for national text (and for
     // the data map's national items), a zero byte otherwise.
-    size_t size = 0;
-    if (nationalFlag == 1 || (mapHandle != nullptr && idesc.class_code == DM_CLASS_NATIONAL)) {
+    if (nationalText(nationalFlag)) {
+        size = 0;
         while (size + 1 < room && (scratch[size] != 0 || scratch[size + 1] != 0))
             size += 2;
-        char *text = static_cast<char *>(std::malloc(size + 2));
-        if (text == nullptr)
-            throw std::bad_alloc();
-        std::memcpy(text, scratch.data(), size);
-        text[size] = text[size + 1] = 0;
-        return text;
+        return {scratch.data(), size};
     }
-    size = std::strlen(scratch.data());
-    char *text = static_cast<char *>(std::malloc(size + 1));
-    if (text == nullptr)
+    return {scratch.data(), std::strlen(scratch.data())};
+}
+
+char *XmlDomHandlers::cobolText(const XMLCh *source, size_t count, int32_t nationalFlag)
+{
+    const std::string_view text = cobolView(source, count, nationalFlag);
+    const size_t terminator = nationalText(nationalFlag) ? 2 : 1;
+    char *copy = static_cast<char *>(std::malloc(text.size() + terminator));
+    if (copy == nullptr)
         throw std::bad_alloc();
-    std::memcpy(text, scratch.data(), size + 1);
-    return text;
+    std::memcpy(copy, text.data(), text.size());
+    std::memset(copy + text.size(), 0, terminator);
+    return copy;
 }
 
 }  // namespace cblxml

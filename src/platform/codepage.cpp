@@ -81,6 +81,13 @@ public:
         out.reserve(out.size() + length);
         for (size_t position = 0; position < length;) {
             const size_t start = position;
+            // A run of ASCII bytes is its own form: appended in one piece.
+            while (position < length && bytes[position] < 0x80)
+                ++position;
+            if (position > start) {
+                out.append(utf8 + start, position - start);
+                continue;
+            }
             if (decode_utf8(bytes, length, position) == kInvalidCodePoint)
                 out += kNativeSubstitute;
             else
@@ -90,13 +97,20 @@ public:
 
     void decode(const unsigned char *bytes, size_t length, std::string &out) override
     {
+        const auto *text = reinterpret_cast<const char *>(bytes);
         out.reserve(out.size() + length);
         for (size_t position = 0; position < length;) {
             const size_t start = position;
+            while (position < length && bytes[position] < 0x80)
+                ++position;
+            if (position > start) {
+                out.append(text + start, position - start);
+                continue;
+            }
             if (decode_utf8(bytes, length, position) == kInvalidCodePoint)
                 out += kReplacementUtf8;
             else
-                out.append(reinterpret_cast<const char *>(bytes) + start, position - start);
+                out.append(text + start, position - start);
         }
     }
 

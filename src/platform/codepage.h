@@ -25,6 +25,9 @@ public:
     virtual size_t fit(const std::string &encoded, size_t room) const = 0;
 
     bool is_ebcdic() const { return ebcdic_; }
+    // True when ASCII text is its own code-page form (the native page), so
+    // that it needs no conversion.
+    bool keeps_ascii() const { return !ebcdic_; }
     unsigned char substitute() const { return substitute_; }
     // The code-page byte of a printable ASCII character (digits, signs,
     // space, punctuation); every code page we open has all of them.

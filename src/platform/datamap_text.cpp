@@ -29,8 +29,24 @@ void alphanumeric_clear(const ItemView &view, unsigned char *item)
     std::memset(item, view.map.code_page->space(), view.length);
 }
 
+bool is_ascii(std::string_view text)
+{
+    unsigned char any = 0;
+    for (const char c : text)
+        any |= static_cast<unsigned char>(c);
+    return any < 0x80;
+}
+
 bool alphanumeric_from_text(const ItemView &view, unsigned char *item, std::string_view text)
 {
+    const CodePage &page = *view.map.code_page;
+    if (page.keeps_ascii() && is_ascii(text)) {
+        // ASCII text in the native page: stored as it is, cut on the right.
+        const size_t kept = std::min(text.size(), static_cast<size_t>(view.length));
+        std::memcpy(item, text.data(), kept);
+        std::memset(item + kept, page.space(), view.length - kept);
+        return true;
+    }
     std::string encoded;
     view.map.code_page->encode(text.data(), text.size(), encoded);
     // Cut on a character boundary, so that a multibyte character is never
@@ -43,6 +59,8 @@ bool alphanumeric_from_text(const ItemView &view, unsigned char *item, std::stri
 
 size_t alphanumeric_stored_size(const ItemView &view, std::string_view text)
 {
+    if (view.map.code_page->keeps_ascii() && is_ascii(text))
+        return text.size();
     std::string encoded;
     view.map.code_page->encode(text.data(), text.size(), encoded);
     return encoded.size();

@@ -2,6 +2,8 @@
 #ifndef CBLXML_XMLDOM_DOM_APPEND_H
 #define CBLXML_XMLDOM_DOM_APPEND_H
 
+#include <cstddef>
+
 #include "cblxml.h"
 
 namespace cblxml {
@@ -30,6 +32,18 @@ int dom_attr_node(xd_dom_node_t *document, xd_dom_node_t **out, const char *name
                   const char *namespace_uri, const char *value);
 int dom_text_node(xd_dom_node_t *document, xd_dom_node_t **out, const char *chars, uint32_t length,
                   int keep_blank);
+
+// The arena's one copy of `text` for the tree under `document`, to name
+// nodes made by the two constructors below; null when `document` is not a
+// document node or memory runs out.
+const char *dom_shared_string(xd_dom_node_t *document, const char *text);
+// As dom_element_node and dom_attr_node, for names and namespace URIs that
+// dom_shared_string gave for the same document (empty: null); the
+// attribute's value is copied from `value_size` bytes (0: null).
+int dom_element_node_named(xd_dom_node_t *document, xd_dom_node_t **out, const char *name,
+                           const char *namespace_uri);
+int dom_attr_node_named(xd_dom_node_t *document, xd_dom_node_t **out, const char *name,
+                        const char *namespace_uri, const char *value, size_t value_size);
 
 // True when `text` is a string of `node` that lives in its document's arena
 // (it must not be reallocated or freed on its own).

@@ -308,6 +308,44 @@ int dom_element_node(xd_dom_node_t *document, xd_dom_node_t **out, const char *n
     return succeed(out, node);
 }
 
+const char *dom_shared_string(xd_dom_node_t *document, const char *text)
+{
+    DomArena *arena = document_arena(document);
+    return arena != nullptr && text != nullptr ? arena->shared(text) : nullptr;
+}
+
+int dom_element_node_named(xd_dom_node_t *document, xd_dom_node_t **out, const char *name,
+                           const char *namespace_uri)
+{
+    DomArena *arena = document_arena(document);
+    if (arena == nullptr || name == nullptr)
+        return fail(out);
+    xd_dom_node_t *node = arena_node(*arena, document, XD_DOM_ELEMENT);
+    if (node == nullptr)
+        return fail(out);
+    node->name = const_cast<char *>(name);
+    node->namespace_uri = is_empty(namespace_uri) ? nullptr : const_cast<char *>(namespace_uri);
+    return succeed(out, node);
+}
+
+int dom_attr_node_named(xd_dom_node_t *document, xd_dom_node_t **out, const char *name,
+                        const char *namespace_uri, const char *value, size_t value_size)
+{
+    DomArena *arena = document_arena(document);
+    if (arena == nullptr)
+        return fail(out);
+    xd_dom_node_t *node = arena_node(*arena, document, XD_DOM_ATTRIBUTE);
+    if (node == nullptr)
+        return fail(out);
+    node->name = is_empty(name) ? nullptr : const_cast<char *>(name);
+    node->namespace_uri = is_empty(namespace_uri) ? nullptr : const_cast<char *>(namespace_uri);
+    if (value_size > 0 && (node->value = arena->copy(value, value_size)) == nullptr) {
+        arena->release(node);
+        return fail(out);
+    }
+    return succeed(out, node);
+}
+
 int dom_attr_node(xd_dom_node_t *document, xd_dom_node_t **out, const char *name,
                   const char *namespace_uri, const char *value)
 {
