@@ -87,6 +87,10 @@ public:
     // zero byte (two for national text): valid until the next conversion.
     std::string_view cobolView(const XMLCh *source, size_t count, int32_t national);
 
+    // True when conversion writes ASCII characters as themselves (UTF-8
+    // without a data map).
+    bool keepsAscii() const { return asciiTranscoder && mapHandle == nullptr; }
+
     // The UTF-16 copy of the document and its length in units.
     const XMLCh *getDocText() const { return docText; }
     uint32_t getDocTextLen() const { return docTextLen; }

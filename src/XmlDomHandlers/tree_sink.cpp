@@ -4,6 +4,8 @@
 // as a success.
 #include "XmlDomHandlers/tree_sink.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -140,13 +142,19 @@ void TreeSink::characters(const XMLCh *chars, size_t units)
     // Trailing white space becomes spaces, so that only blanks the tree
     // knows as blank (space, line feed) remain at the end.
     auto blank = [](XMLCh c) { return c == u' ' || c == u'\n' || c == u'\r' || c == u'\t'; };
-    std::u16string text;
+    size_t trailing = units;
+    while (trailing > 0 && blank(chars[trailing - 1]))
+        --trailing;
+    // White space alone between two nodes makes no node when the blanks stay
+    // spaces: the text-node constructor would drop it.
+    const xd_dom_node_t *lastChild = treeCurrent->last_child;
+    if (trailing == 0 && h.keepsAscii() && (lastChild == nullptr || lastChild->kind != XD_DOM_TEXT))
+        return;
     const XMLCh *from = chars;
-    if (units > 0 && blank(chars[units - 1])) {
-        text.assign(chars, units);
-        for (size_t i = text.size(); i > 0 && blank(text[i - 1]); --i)
-            text[i - 1] = u' ';
-        from = text.data();
+    if (trailing < units) {
+        blankFix.assign(chars, units);
+        std::fill(blankFix.begin() + static_cast<std::ptrdiff_t>(trailing), blankFix.end(), u' ');
+        from = blankFix.data();
     }
     // The text ends at its first zero byte, as a C string would.
     const std::string_view bytes = h.cobolView(from, units, 0);

@@ -56,7 +56,8 @@ private:
     size_t mergeCap = 0;
     // Names and namespace URIs converted so far, by their UTF-16 form.
     std::unordered_map<std::u16string, const char *> names;
-    std::u16string probe;  // the key being looked up, reused
+    std::u16string probe;     // the key being looked up, reused
+    std::u16string blankFix;  // a text whose trailing blanks became spaces
 };
 
 }  // namespace cblxml

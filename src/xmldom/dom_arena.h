@@ -31,6 +31,9 @@ public:
     char *copy(const char *bytes, size_t size);
     // The one copy of `text` this arena keeps; null when memory runs out.
     char *shared(const char *text);
+    // The arena's copy of the name of every text node, "text"; null when
+    // memory runs out.
+    char *text_name();
     // True when `p` points into a block of this arena.
     bool owns(const void *p) const;
 
@@ -46,7 +49,9 @@ private:
     mutable Block last_{0, 0};   // the block owns() found last
     char *next_ = nullptr;
     size_t left_ = 0;
+    size_t held_ = 0;  // bytes of the shared blocks
     xd_dom_node_t *free_nodes_ = nullptr;
+    char *text_name_ = nullptr;
     std::unordered_map<std::string_view, char *> shared_;
 };
 

@@ -381,7 +381,7 @@ int dom_text_node(xd_dom_node_t *document, xd_dom_node_t **out, const char *char
     xd_dom_node_t *node = arena_node(*arena, document, XD_DOM_TEXT);
     if (node == nullptr)
         return fail(out);
-    node->name = arena->shared(kTextName);
+    node->name = arena->text_name();
     node->value = node->name != nullptr ? arena->copy(chars, length) : nullptr;
     if (node->value == nullptr) {
         arena->release(node);
