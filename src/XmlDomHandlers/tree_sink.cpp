@@ -73,11 +73,23 @@ const char *TreeSink::sharedName(const XMLCh *units)
     static const XMLCh kNone[] = {0};
     if (units == nullptr)
         units = kNone;  // no string: the empty one
+    // The parser mostly passes a name at the same address each time: the
+    // last string seen there is compared first, terminator included.
+    RecentName &recent = recentNames[(reinterpret_cast<uintptr_t>(units) >> 1) % kRecentNames];
+    if (recent.at == units && recent.key != nullptr) {
+        size_t i = 0;
+        while (recent.key[i] == units[i] && units[i] != 0)
+            ++i;
+        if (recent.key[i] == units[i])
+            return recent.shared;
+    }
     const size_t length = unit_length(units);
     probe.assign(units, length);
     const auto found = names.find(probe);
-    if (found != names.end())
+    if (found != names.end()) {
+        recent = RecentName{units, found->first.c_str(), found->second};
         return found->second;
+    }
     // Converted and copied once per distinct string; the copy is the
     // arena's, which lives as long as the tree.
     const std::string_view text = h.cobolView(units, length, 0);
@@ -87,8 +99,10 @@ const char *TreeSink::sharedName(const XMLCh *units)
     // Past this many distinct names the conversion is made every time, so
     // that a document of endless distinct names holds no more here.
     constexpr size_t kMaxNames = 4096;
-    if (names.size() < kMaxNames)
-        names.emplace(probe, shared);
+    if (names.size() < kMaxNames) {
+        const auto added = names.emplace(probe, shared).first;
+        recent = RecentName{units, added->first.c_str(), shared};
+    }
     return shared;
 }
 

@@ -4,6 +4,7 @@
 #define CBLXML_XMLDOMHANDLERS_TREE_SINK_H
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <unordered_map>
 
@@ -56,6 +57,15 @@ private:
     size_t mergeCap = 0;
     // Names and namespace URIs converted so far, by their UTF-16 form.
     std::unordered_map<std::u16string, const char *> names;
+    // The string last found at an address, by the address's low bits: its
+    // key in `names` (which never moves) and the tree's copy.
+    struct RecentName {
+        const XMLCh *at = nullptr;
+        const XMLCh *key = nullptr;
+        const char *shared = nullptr;
+    };
+    static constexpr size_t kRecentNames = 64;
+    RecentName recentNames[kRecentNames];
     std::u16string probe;     // the key being looked up, reused
     std::u16string blankFix;  // a text whose trailing blanks became spaces
 };
