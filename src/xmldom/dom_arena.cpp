@@ -30,9 +30,9 @@ namespace cblxml {
 namespace {
 
 constexpr size_t kBlockSize = 256 * 1024;
-// Once an arena holds this much, its blocks are 2 MiB, aligned so that the
-// system can back each with one large page: a large document then takes one
-// page fault per block instead of 512.
+// Once an arena holds this much, its blocks are 2 MiB, mapped on a 2 MiB
+// boundary so that the system can back each with one large page: a large
+// document then takes one page fault per block instead of 512.
 constexpr size_t kLargeFrom = 4 * 1024 * 1024;
 constexpr size_t kLargeBlock = 2 * 1024 * 1024;
 // Larger strings get a block of their own, so that a block is never mostly
@@ -42,32 +42,67 @@ constexpr size_t kAlign = alignof(xd_dom_node_t);
 
 size_t aligned(size_t size) { return (size + kAlign - 1) & ~(kAlign - 1); }
 
+#ifdef CBLXML_ARENA_ASAN
+// Under AddressSanitizer every block comes from the heap, where the leak
+// checker looks for the heap strings that nodes point to.
+void *map_large_block() { return nullptr; }
+#else
+// A 2 MiB block on a 2 MiB boundary, mapped exactly (the allocator's aligned
+// blocks keep up to another 2 MiB of address space behind them) and advised
+// for a large page; null when the system refuses.
+void *map_large_block()
+{
+    const size_t span = 2 * kLargeBlock;
+    void *mapped = mmap(nullptr, span, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (mapped == MAP_FAILED)
+        return nullptr;
+    const auto start = reinterpret_cast<uintptr_t>(mapped);
+    const uintptr_t block = (start + kLargeBlock - 1) & ~(kLargeBlock - 1);
+    if (block > start)
+        munmap(mapped, block - start);
+    const uintptr_t end = block + kLargeBlock;
+    if (start + span > end)
+        munmap(reinterpret_cast<void *>(end), start + span - end);
+    madvise(reinterpret_cast<void *>(block), kLargeBlock, MADV_HUGEPAGE);  // advice only
+    return reinterpret_cast<void *>(block);
+}
+#endif
+
+void release_block(void *block, size_t size, bool mapped)
+{
+    if (mapped)
+        munmap(block, size);
+    else
+        std::free(block);
+}
+
 }  // namespace
 
 DomArena::~DomArena()
 {
     for (const Block &b : blocks_) {
         ARENA_UNPOISON(reinterpret_cast<void *>(b.start), b.end - b.start);
-        std::free(reinterpret_cast<void *>(b.start));
+        release_block(reinterpret_cast<void *>(b.start), b.end - b.start, b.mapped);
     }
 }
 
 void *DomArena::new_block(size_t size)
 {
-    const bool large = size == kLargeBlock;
-    void *block = large ? std::aligned_alloc(kLargeBlock, size) : std::malloc(size);
+    void *block = size == kLargeBlock ? map_large_block() : nullptr;
+    const bool mapped = block != nullptr;
+    if (!mapped)
+        block = std::malloc(size);
     if (block == nullptr)
         return nullptr;
-    if (large)
-        madvise(block, size, MADV_HUGEPAGE);  // advice only: a refusal changes nothing
-    const Block b{reinterpret_cast<uintptr_t>(block), reinterpret_cast<uintptr_t>(block) + size};
+    const Block b{reinterpret_cast<uintptr_t>(block), reinterpret_cast<uintptr_t>(block) + size,
+                  mapped};
     try {
         blocks_.insert(
             std::upper_bound(blocks_.begin(), blocks_.end(), b,
                              [](const Block &x, const Block &y) { return x.start < y.start; }),
             b);
     } catch (const std::bad_alloc &) {
-        std::free(block);
+        release_block(block, size, mapped);
         return nullptr;
     }
     ARENA_POISON(block, size);

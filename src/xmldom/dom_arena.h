@@ -44,9 +44,10 @@ private:
     struct Block {
         uintptr_t start;
         uintptr_t end;
+        bool mapped;  // a mapping of its own, not a heap block
     };
-    std::vector<Block> blocks_;  // sorted by address
-    mutable Block last_{0, 0};   // the block owns() found last
+    std::vector<Block> blocks_;        // sorted by address
+    mutable Block last_{0, 0, false};  // the block owns() found last
     char *next_ = nullptr;
     size_t left_ = 0;
     size_t held_ = 0;  // bytes of the shared blocks
