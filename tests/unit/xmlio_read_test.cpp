@@ -406,3 +406,33 @@ TEST(XmlSearch, RunsDepthAndHolders)
 }
 
 }  // namespace
+
+// A document whose tree outgrows the small blocks (several MiB of nodes):
+// every record reads back in order, names and texts from blocks of both
+// sizes.
+TEST(XmlReadNext, LargeTreeReadsEveryRecord)
+{
+    constexpr int kLines = 40000;
+    std::string document = "<batch>\n";
+    for (int i = 0; i < kLines; ++i)
+        document += "<v n=\"" + std::to_string(i % 7) + "\">" + std::to_string(i) + "</v>\n";
+    document += "</batch>";
+    File file{R"(01 batch
+  05 v
+    10 n attrs pic=9
+    10 - pic=9(5))"};
+    file.use_document(document);
+    file.fcb().key_item = file.record(1).item("v");
+    ASSERT_EQ(file.open(XMLIO_INPUT), 0);
+    int32_t status = file.call(XMLIO_OP_READ);
+    int read = 0;
+    for (; status == 0 || (read == 0 && status == 1); status = file.call(XMLIO_OP_READ_NEXT)) {
+        char expected[24];
+        std::snprintf(expected, sizeof expected, "%d%05d", read % 7, read);
+        ASSERT_EQ(area(file), expected) << "record " << read;
+        ++read;
+    }
+    EXPECT_EQ(status, XMLIO_ST_NO_CURRENT);
+    EXPECT_EQ(read, kLines);
+    EXPECT_EQ(file.close(), 0);
+}
