@@ -7,6 +7,7 @@
 #include <xercesc/util/XMLString.hpp>
 
 #include "XmlDomHandlers/event_sink.h"
+#include "XmlDomHandlers/text_units.h"
 #include "XmlDomHandlers/tree_sink.h"
 
 namespace cblxml {
@@ -77,6 +78,13 @@ int64_t XmlDomHandlers::clampedPosition()
     int64_t pos = locatorOffset(locator->getLineNumber(), locator->getColumnNumber());
     const auto last = static_cast<int64_t>(docTextLen) - 1;
     return pos > last ? last : pos < 0 ? 0 : pos;
+}
+
+int64_t XmlDomHandlers::firstAmpersand()
+{
+    if (ampersandAt < 0)
+        ampersandAt = static_cast<int64_t>(find_either(docText, 0, docTextLen, u'&', u'&'));
+    return ampersandAt;
 }
 
 void XmlDomHandlers::entityDeclared(const XMLCh *name)

@@ -105,6 +105,10 @@ public:
     int64_t locatorOffset(uint64_t line, uint64_t column);
     // The locator's offset within the text (0 without a locator or text).
     int64_t clampedPosition();
+    // The offset of the first "&" of the document text, or its length when
+    // it holds none: text before it holds no reference, so the call-backs
+    // need not look for one there. Found on first use.
+    int64_t firstAmpersand();
 
     // SAX2 content call-backs.
     void setDocumentLocator(const xercesc::Locator *const locator) override;
@@ -168,6 +172,7 @@ private:
     const xercesc::Locator *locator = nullptr;
     const ParserError *parserError = nullptr;
     LineIndex lines;                                      // extended as the parse moves on
+    int64_t ampersandAt = -1;                             // firstAmpersand, -1 until asked
     std::vector<char> scratch;                            // conversion area reused by cobolText
     std::unordered_set<std::u16string> declaredEntities;  // general entities
     // The parser reads UTF-8 that starts with a byte-order mark: it counts no

@@ -16,7 +16,11 @@ void EventSink::characters(const XMLCh *chars, size_t units)
     const XMLCh *docText = h.getDocText();
     const uint32_t docTextLen = h.getDocTextLen();
     const xercesc::Locator *locator = h.getLocator();
-    if (event_is(eventTail, "START-OF-CDATA-SECTION") || locator == nullptr || docTextLen == 0) {
+    // Without an "&" in the document text no call begins at a reference (the
+    // walk below would end at a ">" or at the start of the text).
+    const int64_t firstAmp = locator != nullptr ? h.firstAmpersand() : 0;
+    if (event_is(eventTail, "START-OF-CDATA-SECTION") || locator == nullptr || docTextLen == 0 ||
+        firstAmp >= static_cast<int64_t>(docTextLen)) {
         appendTextEvent("CONTENT-CHARACTERS", chars, units);
         return;
     }
@@ -28,6 +32,10 @@ void EventSink::characters(const XMLCh *chars, size_t units)
         p = last;
     if (p + 1 > last || docText[p + 1] != u'<')
         --p;
+    if (p < firstAmp) {
+        appendTextEvent("CONTENT-CHARACTERS", chars, units);
+        return;
+    }
     // Walk back to the reference or the tag that precedes the text; the scan
     // stops at the start of the text, which counts as a tag.
     int64_t q = p;

@@ -83,9 +83,16 @@ void EventSink::appendSkippedBeforeMarkup(const char16_t *opener)
         return;
     const XMLCh *text = h.getDocText();
     const auto length = static_cast<int64_t>(h.getDocTextLen());
+    // No reference stands before the first "&". Leaving skippedUpTo behind
+    // changes nothing: no "&" lies between it and this markup either.
+    const int64_t firstAmp = h.firstAmpersand();
+    if (firstAmp >= length)
+        return;
     int64_t at = h.locatorOffset(locator->getLineNumber(), locator->getColumnNumber());
     if (at > length)
         at = length;
+    if (at <= firstAmp)
+        return;
     // A tag is the nearest "<"; a comment, a processing instruction or a
     // CDATA section may hold "<" itself and is found by its opener.
     const std::u16string_view start(opener);

@@ -15,6 +15,11 @@ inline size_t unit_length(const char16_t *text)
 
 inline bool is_high_surrogate(char16_t c) { return c >= 0xD800 && c <= 0xDBFF; }
 
+// The first offset in [from, to) that holds `a` or `b`, or `to` when none
+// does (pass the same unit twice to look for one). Eight units a step where
+// the processor has SSE2.
+size_t find_either(const char16_t *text, size_t from, size_t to, char16_t a, char16_t b);
+
 }  // namespace cblxml
 
 #endif
