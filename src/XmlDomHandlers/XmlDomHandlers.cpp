@@ -124,9 +124,7 @@ void XmlDomHandlers::characters(const XMLCh *const chars, const XMLSize_t length
         return;
     // The text is taken up to its terminator, which the parser always writes
     // at `length`; the length bounds the read should it ever not.
-    size_t units = 0;
-    while (units < length && chars[units] != 0)
-        ++units;
+    const size_t units = find_either(chars, 0, length, 0, 0);
     // An empty call (an empty CDATA section) carries no text and no event.
     if (units > 0)
         sink->characters(chars, units);

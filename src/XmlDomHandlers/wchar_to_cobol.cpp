@@ -10,6 +10,7 @@
 
 #include "XmlDomHandlers/XmlDomHandlers.h"
 #include "platform/platform.h"
+#include "platform/unicode.h"
 
 namespace cblxml {
 
@@ -72,10 +73,14 @@ char *plain_utf8(const XMLCh *source, size_t count, std::vector<char> &work)
         work.resize(count * 3 + 1);
     auto *put = reinterpret_cast<unsigned char *>(work.data());
     for (size_t i = 0; i < count; ++i) {
+        const size_t run =
+            platform::narrow_ascii(source + i, count - i, reinterpret_cast<char *>(put));
+        put += run;
+        i += run;
+        if (i == count)
+            break;
         const XMLCh c = source[i];
-        if (c < 0x80 && c != 0) {
-            *put++ = static_cast<unsigned char>(c);
-        } else if (c == 0 || is_surrogate(c)) {
+        if (c == 0 || is_surrogate(c)) {
             return nullptr;
         } else if (c < 0x800) {
             *put++ = static_cast<unsigned char>(0xC0 | (c >> 6));
