@@ -3,9 +3,11 @@
 #include "XmlDomHandlers/XmlDomHandlers.h"
 
 #include <cstdlib>
+#include <new>
 
 #include <xercesc/util/XMLString.hpp>
 
+#include "XmlDomHandlers/event_pool.h"
 #include "XmlDomHandlers/event_sink.h"
 #include "XmlDomHandlers/text_units.h"
 #include "XmlDomHandlers/tree_sink.h"
@@ -56,6 +58,17 @@ void XmlDomHandlers::setEventPool(EventPool *pool)
 {
     if (events != nullptr)
         events->setEventPool(pool);
+    textPool = events != nullptr ? pool : nullptr;
+}
+
+char *XmlDomHandlers::textBlock(size_t bytes)
+{
+    if (textPool != nullptr)
+        return textPool->textBlock(bytes);
+    auto *text = static_cast<char *>(std::malloc(bytes));
+    if (text == nullptr)
+        throw std::bad_alloc();
+    return text;
 }
 
 xd_parse_info *XmlDomHandlers::getEventTail() const

@@ -161,6 +161,10 @@ private:
 
     // Fills asciiBytes when the transcoder is a single-byte EBCDIC page.
     bool buildAsciiTable();
+    // A block for a text of `bytes` bytes: from the event pool when there is
+    // one, else from malloc. Throws std::bad_alloc.
+    char *textBlock(size_t bytes);
+    EventPool *textPool = nullptr;
 
     std::unique_ptr<HandlerSink> sink;  // the mode's call-backs
     EventSink *events = nullptr;        // the sink in event mode, else null

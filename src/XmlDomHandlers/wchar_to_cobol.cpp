@@ -1,4 +1,5 @@
 // Conversion of the parser's UTF-16 text into the program's representation.
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -64,10 +65,13 @@ namespace {
 
 bool is_surrogate(XMLCh c) { return c >= 0xD800 && c <= 0xDFFF; }
 
+constexpr size_t kNotPlain = SIZE_MAX;
+
 // The UTF-8 form of a text without zero units and surrogates, as the UTF-8
-// transcoder writes it, in a block of its own; null when the text holds
-// either (the transcoder then decides). `work` is the reused conversion area.
-char *plain_utf8(const XMLCh *source, size_t count, std::vector<char> &work)
+// transcoder writes it, into `work` (the reused conversion area); returns
+// its size, or kNotPlain when the text holds either (the transcoder then
+// decides).
+size_t plain_utf8(const XMLCh *source, size_t count, std::vector<char> &work)
 {
     if (work.size() < count * 3 + 1)
         work.resize(count * 3 + 1);
@@ -81,7 +85,7 @@ char *plain_utf8(const XMLCh *source, size_t count, std::vector<char> &work)
             break;
         const XMLCh c = source[i];
         if (c == 0 || is_surrogate(c)) {
-            return nullptr;
+            return kNotPlain;
         } else if (c < 0x800) {
             *put++ = static_cast<unsigned char>(0xC0 | (c >> 6));
             *put++ = static_cast<unsigned char>(0x80 | (c & 0x3F));
@@ -91,29 +95,18 @@ char *plain_utf8(const XMLCh *source, size_t count, std::vector<char> &work)
             *put++ = static_cast<unsigned char>(0x80 | (c & 0x3F));
         }
     }
-    const size_t size = static_cast<size_t>(put - reinterpret_cast<unsigned char *>(work.data()));
-    char *text = static_cast<char *>(std::malloc(size + 1));
-    if (text == nullptr)
-        throw std::bad_alloc();
-    std::memcpy(text, work.data(), size);
-    text[size] = 0;
-    return text;
+    return static_cast<size_t>(put - reinterpret_cast<unsigned char *>(work.data()));
 }
 
-// National text that the data map would store unit for unit (no zero unit,
-// no surrogate): the units themselves and a zero unit; else null.
-char *plain_national(const XMLCh *source, size_t count)
+// National text that the data map stores unit for unit: no zero unit, no
+// surrogate.
+bool plain_national(const XMLCh *source, size_t count)
 {
     for (size_t i = 0; i < count; ++i) {
         if (source[i] == 0 || is_surrogate(source[i]))
-            return nullptr;
+            return false;
     }
-    char *text = static_cast<char *>(std::malloc(count * 2 + 2));
-    if (text == nullptr)
-        throw std::bad_alloc();
-    std::memcpy(text, source, count * 2);
-    text[count * 2] = text[count * 2 + 1] = 0;
-    return text;
+    return true;
 }
 
 }  // namespace
@@ -145,11 +138,20 @@ bool XmlDomHandlers::buildAsciiTable()
 char *XmlDomHandlers::cobolText(const XMLCh *source, size_t count, int32_t nationalFlag)
 {
     if (asciiTranscoder && nationalFlag == 0 && mapHandle == nullptr) {
-        if (char *text = plain_utf8(source, count, scratch))
+        const size_t size = plain_utf8(source, count, scratch);
+        if (size != kNotPlain) {
+            char *text = textBlock(size + 1);
+            std::memcpy(text, scratch.data(), size);
+            text[size] = 0;
             return text;
+        }
     } else if (mapHandle != nullptr && idesc.class_code == DM_CLASS_NATIONAL) {
-        if (char *text = plain_national(source, count))
+        if (plain_national(source, count)) {
+            char *text = textBlock(count * 2 + 2);
+            std::memcpy(text, source, count * 2);
+            text[count * 2] = text[count * 2 + 1] = 0;
             return text;
+        }
     } else if (transcoder != nullptr && nationalFlag == 0 && mapHandle == nullptr) {
         // A single-byte page: ASCII text goes through a table made once from
         // the transcoder's own answers.
@@ -159,9 +161,7 @@ char *XmlDomHandlers::cobolText(const XMLCh *source, size_t count, int32_t natio
         while (asciiTable == 1 && i < count && source[i] != 0 && source[i] < 0x80)
             ++i;
         if (asciiTable == 1 && i == count) {
-            char *text = static_cast<char *>(std::malloc(count + 1));
-            if (text == nullptr)
-                throw std::bad_alloc();
+            char *text = textBlock(count + 1);
             for (size_t k = 0; k < count; ++k)
                 text[k] = asciiBytes[source[k]];
             text[count] = 0;
@@ -179,17 +179,13 @@ char *XmlDomHandlers::cobolText(const XMLCh *source, size_t count, int32_t natio
     if (nationalFlag == 1 || (mapHandle != nullptr && idesc.class_code == DM_CLASS_NATIONAL)) {
         while (size + 1 < room && (scratch[size] != 0 || scratch[size + 1] != 0))
             size += 2;
-        char *text = static_cast<char *>(std::malloc(size + 2));
-        if (text == nullptr)
-            throw std::bad_alloc();
+        char *text = textBlock(size + 2);
         std::memcpy(text, scratch.data(), size);
         text[size] = text[size + 1] = 0;
         return text;
     }
     size = std::strlen(scratch.data());
-    char *text = static_cast<char *>(std::malloc(size + 1));
-    if (text == nullptr)
-        throw std::bad_alloc();
+    char *text = textBlock(size + 1);
     std::memcpy(text, scratch.data(), size + 1);
     return text;
 }
