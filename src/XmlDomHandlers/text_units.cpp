@@ -6,7 +6,7 @@
 
 namespace cblxml {
 
-size_t find_either(const char16_t *text, size_t from, size_t to, char16_t a, char16_t b)
+size_t find_either_long(const char16_t *text, size_t from, size_t to, char16_t a, char16_t b)
 {
     size_t i = from;
 #if defined(__SSE2__)

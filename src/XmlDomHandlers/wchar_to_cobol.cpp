@@ -10,6 +10,7 @@
 #include <xercesc/util/XMLString.hpp>
 
 #include "XmlDomHandlers/XmlDomHandlers.h"
+#include "XmlDomHandlers/event_pool.h"
 #include "platform/platform.h"
 #include "platform/unicode.h"
 
@@ -66,16 +67,16 @@ namespace {
 bool is_surrogate(XMLCh c) { return c >= 0xD800 && c <= 0xDFFF; }
 
 constexpr size_t kNotPlain = SIZE_MAX;
+// The largest block that a text is written into before its size is known.
+constexpr size_t kLargestDirectText = 16 * 1024;
 
 // The UTF-8 form of a text without zero units and surrogates, as the UTF-8
-// transcoder writes it, into `work` (the reused conversion area); returns
-// its size, or kNotPlain when the text holds either (the transcoder then
+// transcoder writes it, into `out` (room for 3 x count bytes); returns its
+// size, or kNotPlain when the text holds either (the transcoder then
 // decides).
-size_t plain_utf8(const XMLCh *source, size_t count, std::vector<char> &work)
+size_t plain_utf8(const XMLCh *source, size_t count, char *out)
 {
-    if (work.size() < count * 3 + 1)
-        work.resize(count * 3 + 1);
-    auto *put = reinterpret_cast<unsigned char *>(work.data());
+    auto *put = reinterpret_cast<unsigned char *>(out);
     for (size_t i = 0; i < count; ++i) {
         const size_t run =
             platform::narrow_ascii(source + i, count - i, reinterpret_cast<char *>(put));
@@ -95,7 +96,7 @@ size_t plain_utf8(const XMLCh *source, size_t count, std::vector<char> &work)
             *put++ = static_cast<unsigned char>(0x80 | (c & 0x3F));
         }
     }
-    return static_cast<size_t>(put - reinterpret_cast<unsigned char *>(work.data()));
+    return static_cast<size_t>(put - reinterpret_cast<unsigned char *>(out));
 }
 
 // National text that the data map stores unit for unit: no zero unit, no
@@ -138,13 +139,27 @@ bool XmlDomHandlers::buildAsciiTable()
 char *XmlDomHandlers::cobolText(const XMLCh *source, size_t count, int32_t nationalFlag)
 {
     if (asciiTranscoder && nationalFlag == 0 && mapHandle == nullptr) {
-        const size_t size = plain_utf8(source, count, scratch);
+        // With a pool of reused blocks a text is written straight into one
+        // large enough for any outcome; else into the scratch area and then
+        // into a block of its exact size.
+        const size_t most = count * 3 + 1;
+        const bool direct = textPool != nullptr && most <= kLargestDirectText;
+        if (!direct && scratch.size() < most)
+            scratch.resize(most);
+        char *out = direct ? textBlock(most) : scratch.data();
+        const size_t size = plain_utf8(source, count, out);
+        if (size != kNotPlain && direct) {
+            out[size] = 0;
+            return out;
+        }
         if (size != kNotPlain) {
             char *text = textBlock(size + 1);
-            std::memcpy(text, scratch.data(), size);
+            std::memcpy(text, out, size);
             text[size] = 0;
             return text;
         }
+        if (direct)
+            textPool->keepText(out);
     } else if (mapHandle != nullptr && idesc.class_code == DM_CLASS_NATIONAL) {
         if (plain_national(source, count)) {
             char *text = textBlock(count * 2 + 2);

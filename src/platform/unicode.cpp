@@ -111,9 +111,10 @@ size_t narrow_ascii(const char16_t *text, size_t count, char *out)
                                              _mm_cmpeq_epi16(_mm_and_si128(a, high), zero));
         const __m128i okB = _mm_andnot_si128(_mm_cmpeq_epi16(b, zero),
                                              _mm_cmpeq_epi16(_mm_and_si128(b, high), zero));
-        if (_mm_movemask_epi8(_mm_and_si128(okA, okB)) != 0xFFFF)
-            break;
         _mm_storeu_si128(reinterpret_cast<__m128i *>(out + i), _mm_packus_epi16(a, b));
+        const int ok = _mm_movemask_epi8(_mm_packs_epi16(okA, okB));
+        if (ok != 0xFFFF)
+            return i + static_cast<size_t>(__builtin_ctz(~static_cast<unsigned>(ok)));
     }
 #endif
     for (; i < count && text[i] != 0 && text[i] < 0x80; ++i)

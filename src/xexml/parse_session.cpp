@@ -139,8 +139,9 @@ bool ParseSession::step(bool first)
 
 bool ParseSession::nextIsComplete() const
 {
-    return sentinel.next != nullptr &&
-           (handler == nullptr || sentinel.next != handler->getEventTail());
+    // The handler appends behind the last record, so the first record is the
+    // handler's newest exactly when nothing follows it.
+    return sentinel.next != nullptr && (handler == nullptr || sentinel.next->next != nullptr);
 }
 
 xd_parse_info *ParseSession::next()
