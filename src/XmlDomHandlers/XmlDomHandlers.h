@@ -54,6 +54,9 @@ public:
     void *getMPH() const { return mapHandle; }
     void setIdescLen(int32_t length) { idesc.length = static_cast<uint32_t>(length); }
     xercesc::XMLTranscoder *getTranscoder() const { return transcoder; }
+    // The document as the data map converted it (UTF-8), when the handler
+    // holds a data-map handle: what the parser reads. Handed over once.
+    std::string takeMappedText() { return std::move(mappedText); }
 
     // Where the reader records the error it is about to report.
     void setErrorSource(const ParserError *source) { parserError = source; }
@@ -158,6 +161,7 @@ private:
     xercesc::XMLTranscoder *transcoder = nullptr;
     void *mapHandle = nullptr;
     dm_item_desc idesc{};
+    std::string mappedText;  // see takeMappedText
 
     // Fills asciiBytes when the transcoder is a single-byte EBCDIC page.
     bool buildAsciiTable();

@@ -109,6 +109,7 @@ private:
     std::unique_ptr<XmlDomHandlers> handler;
     std::string buffer;    // what the parser reads
     std::string original;  // the document itself, when the buffer is a conversion
+    bool originalIsText = false;  // ... unless the handler's UTF-16 text is the document
     std::unique_ptr<xercesc::MemBufInputSource> source;
     xercesc::XMLPScanToken token;
     bool scanning = false;
