@@ -3,6 +3,7 @@
 #include "XmlDomHandlers/XmlDomHandlers.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 #include <xercesc/util/XMLString.hpp>
@@ -59,6 +60,15 @@ void XmlDomHandlers::setEventPool(EventPool *pool)
     if (events != nullptr)
         events->setEventPool(pool);
     textPool = events != nullptr ? pool : nullptr;
+}
+
+char *XmlDomHandlers::unitText(const XMLCh *source, size_t count)
+{
+    char *text = textBlock(count * 2 + 2);
+    if (count > 0)
+        std::memcpy(text, source, count * 2);
+    text[count * 2] = text[count * 2 + 1] = 0;
+    return text;
 }
 
 char *XmlDomHandlers::textBlock(size_t bytes)

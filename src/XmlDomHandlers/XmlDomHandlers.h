@@ -87,6 +87,10 @@ public:
     // caller (normally handed to an event record).
     char *cobolText(const XMLCh *source, size_t count, int32_t national) override;
 
+    // `count` units copied as they are and a zero unit, in a block as
+    // cobolText makes them (the text of a national-character event).
+    char *unitText(const XMLCh *source, size_t count);
+
     // The UTF-16 copy of the document and its length in units.
     const XMLCh *getDocText() const { return docText; }
     uint32_t getDocTextLen() const { return docTextLen; }

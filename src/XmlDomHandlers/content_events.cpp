@@ -38,9 +38,7 @@ void EventSink::characters(const XMLCh *chars, size_t units)
     }
     // Walk back to the reference or the tag that precedes the text; the scan
     // stops at the start of the text, which counts as a tag.
-    int64_t q = p;
-    while (q >= 0 && docText[q] != u'&' && docText[q] != u'>')
-        --q;
+    const int64_t q = find_last_either(docText, 0, p + 1, u'&', u'>');
     if (q < 0 || docText[q] == u'>') {
         appendTextEvent("CONTENT-CHARACTERS", chars, units);
         return;
@@ -83,7 +81,7 @@ void EventSink::characters(const XMLCh *chars, size_t units)
             take = units;
         xd_parse_info *record = newRecord("CONTENT-NATIONAL-CHARACTER");
         appendEvent(record);
-        record->text = copy_text(chars, take * 2, 2);
+        record->text = h.unitText(chars, take);
         restFrom = take;
     } else if (second == u'l' || second == u'g' || second == u'q' || second == u'a') {
         // An "a" reference other than amp and apos keeps no text; the rest of

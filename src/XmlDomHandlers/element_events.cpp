@@ -82,9 +82,9 @@ void EventSink::startElement(const XMLCh *, const XMLCh *, const XMLCh *qname,
         tagEnd = static_cast<int64_t>(docTextLen) - 1;
     if (tagEnd < 0)
         return;
-    int64_t tagStart = tagEnd;
-    while (tagStart > 0 && docText[tagStart] != u'<')
-        --tagStart;
+    int64_t tagStart = find_last_either(docText, 0, tagEnd + 1, u'<', u'<');
+    if (tagStart < 0)
+        tagStart = 0;
     const std::u16string_view tag(docText + tagStart, static_cast<size_t>(tagEnd - tagStart + 1));
     size_t search = 0;
 
@@ -134,7 +134,7 @@ void EventSink::startElement(const XMLCh *, const XMLCh *, const XMLCh *qname,
                     units = valueLen - cursor;
                 xd_parse_info *record = newRecord("ATTRIBUTE-NATIONAL-CHARACTER");
                 appendEvent(record);
-                record->text = copy_text(value + cursor, units * 2, 2);
+                record->text = h.unitText(value + cursor, units);
                 cursor += units;
             } else if (!ref.empty() &&
                        (ref[0] == u'l' || ref[0] == u'g' || ref[0] == u'q' || ref[0] == u'a')) {

@@ -11,6 +11,7 @@
 
 #include "XmlDomHandlers/decl_scan.h"
 #include "XmlDomHandlers/event_sink.h"
+#include "XmlDomHandlers/text_units.h"
 
 namespace cblxml {
 namespace {
@@ -97,9 +98,8 @@ void EventSink::appendSkippedBeforeMarkup(const char16_t *opener)
     // CDATA section may hold "<" itself and is found by its opener.
     const std::u16string_view start(opener);
     const bool tag = start == u"<" || start == u"</";
-    for (--at; at >= 0; --at) {
-        if (text[at] != u'<')
-            continue;
+    for (at = find_last_either(text, 0, at, u'<', u'<'); at >= 0;
+         at = find_last_either(text, 0, at, u'<', u'<')) {
         const bool opens = at + static_cast<int64_t>(start.size()) <= length &&
                            std::u16string_view(text + at, start.size()) == start;
         if (opens)
