@@ -71,6 +71,14 @@ char *XmlDomHandlers::unitText(const XMLCh *source, size_t count)
     return text;
 }
 
+void XmlDomHandlers::dropText(char *text)
+{
+    if (textPool != nullptr)
+        textPool->keepText(text);
+    else
+        std::free(text);
+}
+
 char *XmlDomHandlers::textBlock(size_t bytes)
 {
     if (textPool != nullptr)

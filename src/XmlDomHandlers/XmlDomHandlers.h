@@ -172,6 +172,8 @@ private:
     // A block for a text of `bytes` bytes: from the event pool when there is
     // one, else from malloc. Throws std::bad_alloc.
     char *textBlock(size_t bytes);
+    // Gives back a block from textBlock that did not become a text.
+    void dropText(char *text);
     EventPool *textPool = nullptr;
 
     std::unique_ptr<HandlerSink> sink;  // the mode's call-backs

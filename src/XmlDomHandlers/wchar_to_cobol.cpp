@@ -159,7 +159,7 @@ char *XmlDomHandlers::cobolText(const XMLCh *source, size_t count, int32_t natio
             return text;
         }
         if (direct)
-            textPool->keepText(out);
+            dropText(out);
     } else if (mapHandle != nullptr && idesc.class_code == DM_CLASS_NATIONAL) {
         if (plain_national(source, count)) {
             char *text = textBlock(count * 2 + 2);
@@ -172,15 +172,16 @@ char *XmlDomHandlers::cobolText(const XMLCh *source, size_t count, int32_t natio
         // the transcoder's own answers.
         if (asciiTable < 0)
             asciiTable = buildAsciiTable() ? 1 : 0;
-        size_t i = 0;
-        while (asciiTable == 1 && i < count && source[i] != 0 && source[i] < 0x80)
-            ++i;
-        if (asciiTable == 1 && i == count) {
+        if (asciiTable == 1) {
             char *text = textBlock(count + 1);
-            for (size_t k = 0; k < count; ++k)
-                text[k] = asciiBytes[source[k]];
-            text[count] = 0;
-            return text;
+            size_t i = 0;
+            for (; i < count && source[i] != 0 && source[i] < 0x80; ++i)
+                text[i] = asciiBytes[source[i]];
+            if (i == count) {
+                text[count] = 0;
+                return text;
+            }
+            dropText(text);  // not all ASCII: the transcoder converts it below
         }
     }
     const size_t room = cobolTextRoom(count);
