@@ -62,9 +62,9 @@ private:
 
     // Text blocks kept for reuse and their usable sizes. A few suffice: a
     // text lives from its call-back until the program's next call.
-    static constexpr size_t kKeptTexts = 8;
+    static constexpr size_t kKeptTexts = 16;
     static constexpr size_t kLargestKept = 64 * 1024;
-    static constexpr size_t kSmallestText = 64;  // small texts share blocks
+    static constexpr size_t kSmallestText = 256;  // most texts fit any block
     char *keptTexts[kKeptTexts] = {};
     size_t keptSizes[kKeptTexts] = {};
     size_t keptCount = 0;
