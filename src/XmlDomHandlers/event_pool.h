@@ -5,7 +5,10 @@
 // Slots come in blocks that the pool keeps until it ends, so a record is
 // known for the pool's by its address alone.
 // Records built with new_event may join the same list; release_event frees
-// either kind.
+// either kind. The texts are handled alike: a text's block (a malloc block,
+// handed to the program with the text) comes back to the pool when its
+// record is released or the program's next call returns it, and serves a
+// later text.
 #ifndef CBLXML_XMLDOMHANDLERS_EVENT_POOL_H
 #define CBLXML_XMLDOMHANDLERS_EVENT_POOL_H
 
