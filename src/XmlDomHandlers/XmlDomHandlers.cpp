@@ -3,10 +3,14 @@
 #include "XmlDomHandlers/XmlDomHandlers.h"
 
 #include <cstdlib>
+#include <cstring>
+#include <new>
 
 #include <xercesc/util/XMLString.hpp>
 
+#include "XmlDomHandlers/event_pool.h"
 #include "XmlDomHandlers/event_sink.h"
+#include "XmlDomHandlers/text_units.h"
 #include "XmlDomHandlers/tree_sink.h"
 
 namespace cblxml {
@@ -55,6 +59,34 @@ void XmlDomHandlers::setEventPool(EventPool *pool)
 {
     if (events != nullptr)
         events->setEventPool(pool);
+    textPool = events != nullptr ? pool : nullptr;
+}
+
+char *XmlDomHandlers::unitText(const XMLCh *source, size_t count)
+{
+    char *text = textBlock(count * 2 + 2);
+    if (count > 0)
+        std::memcpy(text, source, count * 2);
+    text[count * 2] = text[count * 2 + 1] = 0;
+    return text;
+}
+
+void XmlDomHandlers::dropText(char *text)
+{
+    if (textPool != nullptr)
+        textPool->keepText(text);
+    else
+        std::free(text);
+}
+
+char *XmlDomHandlers::textBlock(size_t bytes)
+{
+    if (textPool != nullptr)
+        return textPool->textBlock(bytes);
+    auto *text = static_cast<char *>(std::malloc(bytes));
+    if (text == nullptr)
+        throw std::bad_alloc();
+    return text;
 }
 
 xd_parse_info *XmlDomHandlers::getEventTail() const
@@ -77,6 +109,13 @@ int64_t XmlDomHandlers::clampedPosition()
     int64_t pos = locatorOffset(locator->getLineNumber(), locator->getColumnNumber());
     const auto last = static_cast<int64_t>(docTextLen) - 1;
     return pos > last ? last : pos < 0 ? 0 : pos;
+}
+
+int64_t XmlDomHandlers::firstAmpersand()
+{
+    if (ampersandAt < 0)
+        ampersandAt = static_cast<int64_t>(find_either(docText, 0, docTextLen, u'&', u'&'));
+    return ampersandAt;
 }
 
 void XmlDomHandlers::entityDeclared(const XMLCh *name)
@@ -116,9 +155,7 @@ void XmlDomHandlers::characters(const XMLCh *const chars, const XMLSize_t length
         return;
     // The text is taken up to its terminator, which the parser always writes
     // at `length`; the length bounds the read should it ever not.
-    size_t units = 0;
-    while (units < length && chars[units] != 0)
-        ++units;
+    const size_t units = find_either(chars, 0, length, 0, 0);
     // An empty call (an empty CDATA section) carries no text and no event.
     if (units > 0)
         sink->characters(chars, units);

@@ -54,6 +54,9 @@ public:
     void *getMPH() const { return mapHandle; }
     void setIdescLen(int32_t length) { idesc.length = static_cast<uint32_t>(length); }
     xercesc::XMLTranscoder *getTranscoder() const { return transcoder; }
+    // The document as the data map converted it (UTF-8), when the handler
+    // holds a data-map handle: what the parser reads. Handed over once.
+    std::string takeMappedText() { return std::move(mappedText); }
 
     // Where the reader records the error it is about to report.
     void setErrorSource(const ParserError *source) { parserError = source; }
@@ -91,6 +94,10 @@ public:
     // without a data map).
     bool keepsAscii() const { return asciiTranscoder && mapHandle == nullptr; }
 
+    // `count` units copied as they are and a zero unit, in a block as
+    // cobolText makes them (the text of a national-character event).
+    char *unitText(const XMLCh *source, size_t count);
+
     // The UTF-16 copy of the document and its length in units.
     const XMLCh *getDocText() const { return docText; }
     uint32_t getDocTextLen() const { return docTextLen; }
@@ -112,6 +119,10 @@ public:
     int64_t locatorOffset(uint64_t line, uint64_t column);
     // The locator's offset within the text (0 without a locator or text).
     int64_t clampedPosition();
+    // The offset of the first "&" of the document text, or its length when
+    // it holds none: text before it holds no reference, so the call-backs
+    // need not look for one there. Found on first use.
+    int64_t firstAmpersand();
 
     // SAX2 content call-backs.
     void setDocumentLocator(const xercesc::Locator *const locator) override;
@@ -161,9 +172,16 @@ private:
     xercesc::XMLTranscoder *transcoder = nullptr;
     void *mapHandle = nullptr;
     dm_item_desc idesc{};
+    std::string mappedText;  // see takeMappedText
 
     // Fills asciiBytes when the transcoder is a single-byte EBCDIC page.
     bool buildAsciiTable();
+    // A block for a text of `bytes` bytes: from the event pool when there is
+    // one, else from malloc. Throws std::bad_alloc.
+    char *textBlock(size_t bytes);
+    // Gives back a block from textBlock that did not become a text.
+    void dropText(char *text);
+    EventPool *textPool = nullptr;
 
     std::unique_ptr<HandlerSink> sink;  // the mode's call-backs
     EventSink *events = nullptr;        // the sink in event mode, else null
@@ -174,9 +192,13 @@ private:
     char asciiBytes[0x80] = {};
     const xercesc::Locator *locator = nullptr;
     const ParserError *parserError = nullptr;
-    LineIndex lines;  // extended as the parse moves on
+    LineIndex lines;           // extended as the parse moves on
+    int64_t ampersandAt = -1;  // firstAmpersand, -1 until asked
     // National text ends with a zero unit, other text with a zero byte.
     bool nationalText(int32_t nationalFlag) const;
+    // The text converted by WCharToCOBOL1 into the scratch area, up to its
+    // terminator.
+    std::string_view convertedView(const XMLCh *source, size_t count, int32_t nationalFlag);
 
     std::vector<char> scratch;                            // conversion area reused by cobolText
     std::unordered_set<std::u16string> declaredEntities;  // general entities

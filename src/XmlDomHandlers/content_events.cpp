@@ -16,7 +16,11 @@ void EventSink::characters(const XMLCh *chars, size_t units)
     const XMLCh *docText = h.getDocText();
     const uint32_t docTextLen = h.getDocTextLen();
     const xercesc::Locator *locator = h.getLocator();
-    if (event_is(eventTail, "START-OF-CDATA-SECTION") || locator == nullptr || docTextLen == 0) {
+    // Without an "&" in the document text no call begins at a reference (the
+    // walk below would end at a ">" or at the start of the text).
+    const int64_t firstAmp = locator != nullptr ? h.firstAmpersand() : 0;
+    if (event_is(eventTail, "START-OF-CDATA-SECTION") || locator == nullptr || docTextLen == 0 ||
+        firstAmp >= static_cast<int64_t>(docTextLen)) {
         appendTextEvent("CONTENT-CHARACTERS", chars, units);
         return;
     }
@@ -28,11 +32,13 @@ void EventSink::characters(const XMLCh *chars, size_t units)
         p = last;
     if (p + 1 > last || docText[p + 1] != u'<')
         --p;
+    if (p < firstAmp) {
+        appendTextEvent("CONTENT-CHARACTERS", chars, units);
+        return;
+    }
     // Walk back to the reference or the tag that precedes the text; the scan
     // stops at the start of the text, which counts as a tag.
-    int64_t q = p;
-    while (q >= 0 && docText[q] != u'&' && docText[q] != u'>')
-        --q;
+    const int64_t q = find_last_either(docText, 0, p + 1, u'&', u'>');
     if (q < 0 || docText[q] == u'>') {
         appendTextEvent("CONTENT-CHARACTERS", chars, units);
         return;
@@ -75,7 +81,7 @@ void EventSink::characters(const XMLCh *chars, size_t units)
             take = units;
         xd_parse_info *record = newRecord("CONTENT-NATIONAL-CHARACTER");
         appendEvent(record);
-        record->text = copy_text(chars, take * 2, 2);
+        record->text = h.unitText(chars, take);
         restFrom = take;
     } else if (second == u'l' || second == u'g' || second == u'q' || second == u'a') {
         // An "a" reference other than amp and apos keeps no text; the rest of

@@ -16,7 +16,7 @@ namespace {
 // The one character that a predefined entity reference stands for, decided
 // by its first letter (and the second after "a") and nothing more; 0 for an
 // "a" reference that is neither amp nor apos.
-XMLCh predefined_character(const std::u16string &name)
+XMLCh predefined_character(std::u16string_view name)
 {
     switch (name.empty() ? u'\0' : name[0]) {
     case u'l':
@@ -34,6 +34,29 @@ XMLCh predefined_character(const std::u16string &name)
     default:
         return 0;
     }
+}
+
+// The value written between quotes at tag[pos] (after white space), as
+// quote_copy reads it, without copying it: false when no quoted value
+// stands there or it is not closed before the end or a zero unit. pos ends
+// after the closing quote.
+bool quoted_value(std::u16string_view tag, size_t &pos, std::u16string_view &value)
+{
+    while (pos < tag.size() && tag[pos] != 0 && is_decl_space(tag[pos]))
+        ++pos;
+    if (pos >= tag.size() || (tag[pos] != u'"' && tag[pos] != u'\''))
+        return false;
+    const char16_t quote = tag[pos++];
+    const size_t from = pos;
+    while (pos < tag.size() && tag[pos] != 0) {
+        if (tag[pos] == quote) {
+            value = tag.substr(from, pos - from);
+            ++pos;
+            return true;
+        }
+        ++pos;
+    }
+    return false;
 }
 
 }  // namespace
@@ -59,9 +82,9 @@ void EventSink::startElement(const XMLCh *, const XMLCh *, const XMLCh *qname,
         tagEnd = static_cast<int64_t>(docTextLen) - 1;
     if (tagEnd < 0)
         return;
-    int64_t tagStart = tagEnd;
-    while (tagStart > 0 && docText[tagStart] != u'<')
-        --tagStart;
+    int64_t tagStart = find_last_either(docText, 0, tagEnd + 1, u'<', u'<');
+    if (tagStart < 0)
+        tagStart = 0;
     const std::u16string_view tag(docText + tagStart, static_cast<size_t>(tagEnd - tagStart + 1));
     size_t search = 0;
 
@@ -75,9 +98,8 @@ void EventSink::startElement(const XMLCh *, const XMLCh *, const XMLCh *qname,
             return;  // not written in the tag (a defaulted attribute)
         size_t eq = tag.find(u'=', at);
         search = eq == std::u16string::npos ? tag.size() : eq + 1;
-        std::u16string &raw = attrRaw;
-        raw.clear();
-        if (!quote_copy(tag.data(), tag.size(), search, raw))
+        std::u16string_view raw;
+        if (!quoted_value(tag, search, raw))
             return;
 
         const XMLCh *value = attrs.getValue(i);
@@ -89,16 +111,16 @@ void EventSink::startElement(const XMLCh *, const XMLCh *, const XMLCh *qname,
         size_t rest = 0;
         while (rest < raw.size()) {
             size_t amp = raw.find(u'&', rest);
-            if (amp == std::u16string::npos)
+            if (amp == std::u16string_view::npos)
                 break;
             if (amp > rest) {
                 appendTextEvent("ATTRIBUTE-CHARACTERS", raw.data() + rest, amp - rest);
                 cursor += amp - rest;
             }
             size_t semi = raw.find(u';', amp + 1);
-            if (semi == std::u16string::npos)
+            if (semi == std::u16string_view::npos)
                 return;
-            const std::u16string ref = raw.substr(amp + 1, semi - amp - 1);
+            const std::u16string_view ref = raw.substr(amp + 1, semi - amp - 1);
             rest = semi + 1;
             if (cursor > valueLen)
                 cursor = valueLen;
@@ -112,7 +134,7 @@ void EventSink::startElement(const XMLCh *, const XMLCh *, const XMLCh *qname,
                     units = valueLen - cursor;
                 xd_parse_info *record = newRecord("ATTRIBUTE-NATIONAL-CHARACTER");
                 appendEvent(record);
-                record->text = copy_text(value + cursor, units * 2, 2);
+                record->text = h.unitText(value + cursor, units);
                 cursor += units;
             } else if (!ref.empty() &&
                        (ref[0] == u'l' || ref[0] == u'g' || ref[0] == u'q' || ref[0] == u'a')) {

@@ -2,6 +2,8 @@
 // encodings a program cannot hand over, and making the UTF-16 copy.
 #include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <new>
 #include <string>
 
 #include <xercesc/util/PlatformUtils.hpp>
@@ -209,20 +211,19 @@ void XmlDomHandlers::convertThroughDataMap(const unsigned char *doc, uint32_t le
         return;
     }
     setIdescLen(static_cast<int32_t>(length));
-    // Room for the longest UTF-8 form: 3 bytes per byte of a single-byte
-    // code page, 3 per 2 bytes of UTF-16, plus the terminator.
-    uint32_t converted = platform::utf8_room(length);
-    std::string utf8(converted, '\0');
-    if (platform::get_cbl_data(mapHandle, &idesc, doc, DM_FORM_UTF8, utf8.data(), &converted) != 0)
-        converted = 0;
-    if (converted > 0)
-        --converted;  // the data map counts its terminator
     // A conversion that fails leaves an empty text: the parse then ends
-    // at once with an exception rather than reading garbage.
+    // at once with an exception rather than reading garbage. So does one
+    // longer than the longest UTF-8 form of the document (3 bytes per byte
+    // of a single-byte code page, 3 per 2 bytes of UTF-16, plus the
+    // terminator), which no conversion makes.
+    if (!platform::get_cbl_text(mapHandle, &idesc, doc, mappedText) ||
+        mappedText.size() + 1 > platform::utf8_room(length))
+        std::string().swap(mappedText);
+    auto converted = static_cast<uint32_t>(mappedText.size());
     docTextLen = converted;
     if (converted != 0)
         transcoder = transcoder_for(u"UTF-8");
-    docText = toUtf16(reinterpret_cast<const unsigned char *>(utf8.data()), docTextLen);
+    docText = toUtf16(reinterpret_cast<const unsigned char *>(mappedText.data()), docTextLen);
 }
 
 bool XmlDomHandlers::examineDeclaration(const XMLCh *work, uint32_t workLen,

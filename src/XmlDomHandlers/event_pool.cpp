@@ -5,6 +5,8 @@
 #include <cstring>
 #include <new>
 
+#include <malloc.h>
+
 #include "XmlParseErr/event_record.h"
 
 namespace cblxml {
@@ -22,6 +24,8 @@ struct EventPool::Block {
 
 EventPool::~EventPool()
 {
+    for (size_t i = 0; i < keptCount; ++i)
+        std::free(keptTexts[i]);
     while (blocks != nullptr) {
         Block *next = blocks->next;
         std::free(blocks);
@@ -81,12 +85,43 @@ bool EventPool::owns(const xd_parse_info *record) const
     return false;
 }
 
+char *EventPool::textBlock(size_t bytes)
+{
+    for (size_t i = keptCount; i > 0; --i) {
+        if (keptSizes[i - 1] >= bytes) {
+            char *text = keptTexts[i - 1];
+            --keptCount;
+            keptTexts[i - 1] = keptTexts[keptCount];
+            keptSizes[i - 1] = keptSizes[keptCount];
+            return text;
+        }
+    }
+    auto *text = static_cast<char *>(std::malloc(bytes > kSmallestText ? bytes : kSmallestText));
+    if (text == nullptr)
+        throw std::bad_alloc();
+    return text;
+}
+
+void EventPool::keepText(char *text)
+{
+    if (text == nullptr)
+        return;
+    const size_t size = malloc_usable_size(text);
+    if (keptCount == kKeptTexts || size > kLargestKept) {
+        std::free(text);
+        return;
+    }
+    keptTexts[keptCount] = text;
+    keptSizes[keptCount] = size;
+    ++keptCount;
+}
+
 void release_event(EventPool *pool, xd_parse_info *record)
 {
     if (record == nullptr)
         return;
     if (pool != nullptr && pool->owns(record)) {
-        std::free(record->text);
+        pool->keepText(record->text);
         record->text = nullptr;
         pool->give(record);
         return;

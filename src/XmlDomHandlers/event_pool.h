@@ -5,7 +5,10 @@
 // Slots come in blocks that the pool keeps until it ends, so a record is
 // known for the pool's by its address alone.
 // Records built with new_event may join the same list; release_event frees
-// either kind.
+// either kind. The texts are handled alike: a text's block (a malloc block,
+// handed to the program with the text) comes back to the pool when its
+// record is released or the program's next call returns it, and serves a
+// later text.
 #ifndef CBLXML_XMLDOMHANDLERS_EVENT_POOL_H
 #define CBLXML_XMLDOMHANDLERS_EVENT_POOL_H
 
@@ -33,6 +36,15 @@ public:
     // one of the pool's blocks of slots.
     bool owns(const xd_parse_info *record) const;
 
+    // A block of at least `bytes` bytes for an event's text: one kept for
+    // reuse when one is large enough, else a new one. Every block comes from
+    // malloc, so that whoever ends up owning it (a record, the program) may
+    // free it. Throws std::bad_alloc.
+    char *textBlock(size_t bytes);
+    // Keeps a text block for textBlock (or frees it, when it is large or
+    // enough are kept). Null is ignored.
+    void keepText(char *text);
+
 private:
     struct Slot;
     struct Block;
@@ -50,6 +62,15 @@ private:
     Block *blocks = nullptr;  // every slot ever made, in blocks
     Slot *freeSlots = nullptr;
     PaddedName names[kNameCache]{};
+
+    // Text blocks kept for reuse and their usable sizes. A few suffice: a
+    // text lives from its call-back until the program's next call.
+    static constexpr size_t kKeptTexts = 16;
+    static constexpr size_t kLargestKept = 64 * 1024;
+    static constexpr size_t kSmallestText = 256;  // most texts fit any block
+    char *keptTexts[kKeptTexts] = {};
+    size_t keptSizes[kKeptTexts] = {};
+    size_t keptCount = 0;
 };
 
 // Frees a record, its text and its name, whichever way it was built. A

@@ -87,7 +87,6 @@ private:
     xd_parse_info *eventTail;
     EventPool *pool = nullptr;
     bool doctypeSeen = false;       // a DOCUMENT-TYPE-DECLARATION event was made
-    std::u16string attrRaw;         // an attribute value as written, reused
     int64_t dtdPosition = -1;       // where the open declaration stood
     int64_t dtdEnd = -1;            // its closing ">" in the text (-1: not found)
     bool inDtd = false;             // from startDTD until the declaration is closed

@@ -1,5 +1,7 @@
 #include "XmlDomHandlers/line_index.h"
 
+#include "XmlDomHandlers/text_units.h"
+
 namespace cblxml {
 
 void LineIndex::reset(const char16_t *newText, uint32_t length, uint32_t firstLineStart)
@@ -17,18 +19,14 @@ bool LineIndex::nextLine(uint32_t from, uint32_t &next) const
 {
     // Line 1 may start past a byte-order mark; the scan for its end still
     // starts at the mark, which is never a line end.
-    for (uint32_t i = from; i < textLength; ++i) {
-        const char16_t c = text[i];
-        if (c == u'\n') {
-            next = i + 1;
-            return true;
-        }
-        if (c == u'\r') {
-            next = (i + 1 < textLength && text[i + 1] == u'\n') ? i + 2 : i + 1;
-            return true;
-        }
-    }
-    return false;
+    const size_t i = find_either(text, from, textLength, u'\n', u'\r');
+    if (i >= textLength)
+        return false;
+    if (text[i] == u'\n')
+        next = static_cast<uint32_t>(i + 1);
+    else
+        next = static_cast<uint32_t>((i + 1 < textLength && text[i + 1] == u'\n') ? i + 2 : i + 1);
+    return true;
 }
 
 uint32_t LineIndex::lineStart(uint64_t line)

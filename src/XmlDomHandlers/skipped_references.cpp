@@ -11,6 +11,7 @@
 
 #include "XmlDomHandlers/decl_scan.h"
 #include "XmlDomHandlers/event_sink.h"
+#include "XmlDomHandlers/text_units.h"
 
 namespace cblxml {
 namespace {
@@ -83,16 +84,22 @@ void EventSink::appendSkippedBeforeMarkup(const char16_t *opener)
         return;
     const XMLCh *text = h.getDocText();
     const auto length = static_cast<int64_t>(h.getDocTextLen());
+    // No reference stands before the first "&". Leaving skippedUpTo behind
+    // changes nothing: no "&" lies between it and this markup either.
+    const int64_t firstAmp = h.firstAmpersand();
+    if (firstAmp >= length)
+        return;
     int64_t at = h.locatorOffset(locator->getLineNumber(), locator->getColumnNumber());
     if (at > length)
         at = length;
+    if (at <= firstAmp)
+        return;
     // A tag is the nearest "<"; a comment, a processing instruction or a
     // CDATA section may hold "<" itself and is found by its opener.
     const std::u16string_view start(opener);
     const bool tag = start == u"<" || start == u"</";
-    for (--at; at >= 0; --at) {
-        if (text[at] != u'<')
-            continue;
+    for (at = find_last_either(text, 0, at, u'<', u'<'); at >= 0;
+         at = find_last_either(text, 0, at, u'<', u'<')) {
         const bool opens = at + static_cast<int64_t>(start.size()) <= length &&
                            std::u16string_view(text + at, start.size()) == start;
         if (opens)

@@ -1,4 +1,5 @@
 // Conversion of the parser's UTF-16 text into the program's representation.
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -10,7 +11,9 @@
 #include <xercesc/util/XMLString.hpp>
 
 #include "XmlDomHandlers/XmlDomHandlers.h"
+#include "XmlDomHandlers/event_pool.h"
 #include "platform/platform.h"
+#include "platform/unicode.h"
 
 namespace cblxml {
 
@@ -64,20 +67,27 @@ namespace {
 
 bool is_surrogate(XMLCh c) { return c >= 0xD800 && c <= 0xDFFF; }
 
+constexpr size_t kNotPlain = SIZE_MAX;
+// The largest block that a text is written into before its size is known.
+constexpr size_t kLargestDirectText = 16 * 1024;
+
 // The UTF-8 form of a text without zero units and surrogates, as the UTF-8
-// transcoder writes it, into `work` with a zero byte behind it: its size, or
-// npos when the text holds either (the transcoder then decides).
-size_t plain_utf8(const XMLCh *source, size_t count, std::vector<char> &work)
+// transcoder writes it, into `out` (room for 3 x count bytes); returns its
+// size, or kNotPlain when the text holds either (the transcoder then
+// decides).
+size_t plain_utf8(const XMLCh *source, size_t count, char *out)
 {
-    if (work.size() < count * 3 + 1)
-        work.resize(count * 3 + 1);
-    auto *put = reinterpret_cast<unsigned char *>(work.data());
+    auto *put = reinterpret_cast<unsigned char *>(out);
     for (size_t i = 0; i < count; ++i) {
+        const size_t run =
+            platform::narrow_ascii(source + i, count - i, reinterpret_cast<char *>(put));
+        put += run;
+        i += run;
+        if (i == count)
+            break;
         const XMLCh c = source[i];
-        if (c < 0x80 && c != 0) {
-            *put++ = static_cast<unsigned char>(c);
-        } else if (c == 0 || is_surrogate(c)) {
-            return std::string_view::npos;
+        if (c == 0 || is_surrogate(c)) {
+            return kNotPlain;
         } else if (c < 0x800) {
             *put++ = static_cast<unsigned char>(0xC0 | (c >> 6));
             *put++ = static_cast<unsigned char>(0x80 | (c & 0x3F));
@@ -87,24 +97,18 @@ size_t plain_utf8(const XMLCh *source, size_t count, std::vector<char> &work)
             *put++ = static_cast<unsigned char>(0x80 | (c & 0x3F));
         }
     }
-    *put = 0;
-    return static_cast<size_t>(put - reinterpret_cast<unsigned char *>(work.data()));
+    return static_cast<size_t>(put - reinterpret_cast<unsigned char *>(out));
 }
 
-// National text that the data map would store unit for unit (no zero unit,
-// no surrogate): the units themselves and a zero unit in `work`, their size
-// in bytes; else npos.
-size_t plain_national(const XMLCh *source, size_t count, std::vector<char> &work)
+// National text that the data map stores unit for unit: no zero unit, no
+// surrogate.
+bool plain_national(const XMLCh *source, size_t count)
 {
     for (size_t i = 0; i < count; ++i) {
         if (source[i] == 0 || is_surrogate(source[i]))
-            return std::string_view::npos;
+            return false;
     }
-    if (work.size() < count * 2 + 2)
-        work.resize(count * 2 + 2);
-    std::memcpy(work.data(), source, count * 2);
-    work[count * 2] = work[count * 2 + 1] = 0;
-    return count * 2;
+    return true;
 }
 
 }  // namespace
@@ -133,37 +137,70 @@ bool XmlDomHandlers::buildAsciiTable()
     return true;
 }
 
-bool XmlDomHandlers::nationalText(int32_t nationalFlag) const
+char *XmlDomHandlers::cobolText(const XMLCh *source, size_t count, int32_t nationalFlag)
 {
-    return nationalFlag == 1 || (mapHandle != nullptr && idesc.class_code == DM_CLASS_NATIONAL);
-}
-
-std::string_view XmlDomHandlers::cobolView(const XMLCh *source, size_t count, int32_t nationalFlag)
-{
-    size_t size = std::string_view::npos;
     if (asciiTranscoder && nationalFlag == 0 && mapHandle == nullptr) {
-        size = plain_utf8(source, count, scratch);
+        // With a pool of reused blocks a text is written straight into one
+        // large enough for any outcome; else into the scratch area and then
+        // into a block of its exact size.
+        const size_t most = count * 3 + 1;
+        const bool direct = textPool != nullptr && most <= kLargestDirectText;
+        if (!direct && scratch.size() < most)
+            scratch.resize(most);
+        char *out = direct ? textBlock(most) : scratch.data();
+        const size_t size = plain_utf8(source, count, out);
+        if (size != kNotPlain && direct) {
+            out[size] = 0;
+            return out;
+        }
+        if (size != kNotPlain) {
+            char *text = textBlock(size + 1);
+            std::memcpy(text, out, size);
+            text[size] = 0;
+            return text;
+        }
+        if (direct)
+            dropText(out);
     } else if (mapHandle != nullptr && idesc.class_code == DM_CLASS_NATIONAL) {
-        size = plain_national(source, count, scratch);
+        if (plain_national(source, count)) {
+            char *text = textBlock(count * 2 + 2);
+            std::memcpy(text, source, count * 2);
+            text[count * 2] = text[count * 2 + 1] = 0;
+            return text;
+        }
     } else if (transcoder != nullptr && nationalFlag == 0 && mapHandle == nullptr) {
         // A single-byte page: ASCII text goes through a table made once from
         // the transcoder's own answers.
         if (asciiTable < 0)
             asciiTable = buildAsciiTable() ? 1 : 0;
-        size_t i = 0;
-        while (asciiTable == 1 && i < count && source[i] != 0 && source[i] < 0x80)
-            ++i;
-        if (asciiTable == 1 && i == count) {
-            if (scratch.size() < count + 1)
-                scratch.resize(count + 1);
-            for (size_t k = 0; k < count; ++k)
-                scratch[k] = asciiBytes[source[k]];
-            scratch[count] = 0;
-            size = count;
+        if (asciiTable == 1) {
+            char *text = textBlock(count + 1);
+            size_t i = 0;
+            for (; i < count && source[i] != 0 && source[i] < 0x80; ++i)
+                text[i] = asciiBytes[source[i]];
+            if (i == count) {
+                text[count] = 0;
+                return text;
+            }
+            dropText(text);  // not all ASCII: the transcoder converts it below
         }
     }
-    if (size != std::string_view::npos)
-        return {scratch.data(), size};
+    const std::string_view text = convertedView(source, count, nationalFlag);
+    const size_t terminator = nationalText(nationalFlag) ? 2 : 1;
+    char *copy = textBlock(text.size() + terminator);
+    std::memcpy(copy, text.data(), text.size());
+    std::memset(copy + text.size(), 0, terminator);
+    return copy;
+}
+
+bool XmlDomHandlers::nationalText(int32_t nationalFlag) const
+{
+    return nationalFlag == 1 || (mapHandle != nullptr && idesc.class_code == DM_CLASS_NATIONAL);
+}
+
+std::string_view XmlDomHandlers::convertedView(const XMLCh *source, size_t count,
+                                               int32_t nationalFlag)
+{
     const size_t room = cobolTextRoom(count);
     if (scratch.size() < room)
         scratch.resize(room < scratch.size() * 2 ? scratch.size() * 2 : room);
@@ -172,7 +209,7 @@ std::string_view XmlDomHandlers::cobolView(const XMLCh *source, size_t count, in
     // The text ends at its terminator: a zero unit for national text (and for
     // the data map's national items), a zero byte otherwise.
     if (nationalText(nationalFlag)) {
-        size = 0;
+        size_t size = 0;
         while (size + 1 < room && (scratch[size] != 0 || scratch[size + 1] != 0))
             size += 2;
         return {scratch.data(), size};
@@ -180,16 +217,41 @@ std::string_view XmlDomHandlers::cobolView(const XMLCh *source, size_t count, in
     return {scratch.data(), std::strlen(scratch.data())};
 }
 
-char *XmlDomHandlers::cobolText(const XMLCh *source, size_t count, int32_t nationalFlag)
+std::string_view XmlDomHandlers::cobolView(const XMLCh *source, size_t count, int32_t nationalFlag)
 {
-    const std::string_view text = cobolView(source, count, nationalFlag);
-    const size_t terminator = nationalText(nationalFlag) ? 2 : 1;
-    char *copy = static_cast<char *>(std::malloc(text.size() + terminator));
-    if (copy == nullptr)
-        throw std::bad_alloc();
-    std::memcpy(copy, text.data(), text.size());
-    std::memset(copy + text.size(), 0, terminator);
-    return copy;
+    // The same paths as cobolText, written into the scratch area.
+    if (asciiTranscoder && nationalFlag == 0 && mapHandle == nullptr) {
+        if (scratch.size() < count * 3 + 1)
+            scratch.resize(count * 3 + 1);
+        const size_t size = plain_utf8(source, count, scratch.data());
+        if (size != kNotPlain) {
+            scratch[size] = 0;
+            return {scratch.data(), size};
+        }
+    } else if (mapHandle != nullptr && idesc.class_code == DM_CLASS_NATIONAL) {
+        if (plain_national(source, count)) {
+            if (scratch.size() < count * 2 + 2)
+                scratch.resize(count * 2 + 2);
+            std::memcpy(scratch.data(), source, count * 2);
+            scratch[count * 2] = scratch[count * 2 + 1] = 0;
+            return {scratch.data(), count * 2};
+        }
+    } else if (transcoder != nullptr && nationalFlag == 0 && mapHandle == nullptr) {
+        if (asciiTable < 0)
+            asciiTable = buildAsciiTable() ? 1 : 0;
+        if (asciiTable == 1) {
+            if (scratch.size() < count + 1)
+                scratch.resize(count + 1);
+            size_t i = 0;
+            for (; i < count && source[i] != 0 && source[i] < 0x80; ++i)
+                scratch[i] = asciiBytes[source[i]];
+            if (i == count) {
+                scratch[count] = 0;
+                return {scratch.data(), count};
+            }
+        }
+    }
+    return convertedView(source, count, nationalFlag);
 }
 
 }  // namespace cblxml

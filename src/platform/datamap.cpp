@@ -49,6 +49,19 @@ void deliver_nothing(int32_t form, void *out, uint32_t *out_length)
 
 // Hands the converted text to the caller: form 64 adds a NUL that counts in
 // the length. Nothing is written beyond the room the caller declared.
+// The item's text (UTF-8) appended to `text`; false when the item's class
+// has no conversion or the conversion fails.
+bool item_text(void *handle, const dm_item_desc &desc, const void *item, std::string &text)
+{
+    auto &map = *static_cast<DataMap *>(handle);
+    const ItemConverter *converter = find_item_converter(desc);
+    if (converter == nullptr)
+        return false;
+    std::lock_guard<std::mutex> guard(map.mutex);
+    const ItemView view{map, desc, desc.length};
+    return converter->to_text(view, static_cast<const unsigned char *>(item), text);
+}
+
 int32_t deliver(const std::string &text, int32_t form, void *out, uint32_t *out_length)
 {
     const size_t room = *out_length;
@@ -142,16 +155,8 @@ int32_t cblxml::platform::get_cbl_data(void *handle, const dm_item_desc *desc, c
         return 1;
     }
     try {
-        auto &map = *static_cast<DataMap *>(handle);
-        const ItemConverter *converter = cblxml::platform::find_item_converter(*desc);
         std::string converted;
-        bool ok = false;
-        if (converter != nullptr) {
-            std::lock_guard<std::mutex> guard(map.mutex);
-            const ItemView view{map, *desc, desc->length};
-            ok = converter->to_text(view, static_cast<const unsigned char *>(item), converted);
-        }
-        if (!ok) {
+        if (!cblxml::platform::item_text(handle, *desc, item, converted)) {
             cblxml::platform::deliver_nothing(form, text, text_length);
             return 1;
         }
@@ -162,6 +167,24 @@ int32_t cblxml::platform::get_cbl_data(void *handle, const dm_item_desc *desc, c
         *text_length = 0;
         return 1;
     }
+}
+
+bool cblxml::platform::get_cbl_text(void *handle, const dm_item_desc *desc, const void *item,
+                                    std::string &text)
+{
+    text.clear();
+    if (handle == nullptr || desc == nullptr || (item == nullptr && desc->length != 0))
+        return false;
+    try {
+        if (cblxml::platform::item_text(handle, *desc, item, text))
+            return true;
+    } catch (const std::bad_alloc &) {
+        throw;
+    } catch (...) {
+        // A failed conversion, as below.
+    }
+    text.clear();
+    return false;
 }
 
 extern "C" CBLXML_API int32_t DMSetCblData(void *handle, const dm_item_desc *desc, void *item,

@@ -70,11 +70,22 @@ size_t alphanumeric_stored_size(const ItemView &view, std::string_view text)
 
 bool national_to_text(const ItemView &view, const unsigned char *item, std::string &text)
 {
-    // The item need not be aligned for char16_t: copy it out first. An odd
-    // last byte is not a unit and is left out.
-    std::u16string units(view.length / 2, kNationalSpace);
-    std::memcpy(units.data(), item, units.size() * 2);
-    text += utf16_to_utf8(units.data(), units.size());
+    // The item need not be aligned for char16_t: it is copied out a piece
+    // at a time (a whole document may travel this way). A piece never ends
+    // between the two units of a surrogate pair. An odd last byte is not a
+    // unit and is left out.
+    const size_t total = view.length / 2;
+    text.reserve(text.size() + total);  // the size of ASCII text: no regrowth for the common case
+    char16_t piece[4096];
+    for (size_t done = 0; done < total;) {
+        size_t take = std::min(total - done, sizeof piece / sizeof piece[0]);
+        std::memcpy(piece, item + done * 2, take * 2);
+        if (take > 1 && done + take < total && piece[take - 1] >= 0xD800 &&
+            piece[take - 1] <= 0xDBFF)
+            --take;
+        text += utf16_to_utf8(piece, take);
+        done += take;
+    }
     return true;
 }
 

@@ -49,6 +49,10 @@ std::string utf16_to_utf8(const char16_t *text, size_t units);
 // that fails from memory that runs out: the latter throws std::bad_alloc.
 int32_t get_cbl_data(void *handle, const dm_item_desc *desc, const void *item, int32_t form,
                      void *text, uint32_t *text_length);
+// The same conversion to UTF-8 (form 64) into a string, without the
+// terminator and without a room to size: false, with `text` empty, when
+// it fails.
+bool get_cbl_text(void *handle, const dm_item_desc *desc, const void *item, std::string &text);
 // DMSetCblData the same way (the item is cleared before the throw).
 int32_t set_cbl_data(void *handle, const dm_item_desc *desc, void *item, int32_t form,
                      const void *text, uint32_t text_length);

@@ -2,6 +2,10 @@
 // replaced (U+FFFD towards UTF-16, '?' towards UTF-8), never refused.
 #include "platform/unicode.h"
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 #include "platform/platform.h"
 
 namespace cblxml::platform {
@@ -93,6 +97,31 @@ size_t utf16_units_of_utf8(const char *text, size_t length)
     return units;
 }
 
+size_t narrow_ascii(const char16_t *text, size_t count, char *out)
+{
+    size_t i = 0;
+#if defined(__SSE2__)
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i high = _mm_set1_epi16(static_cast<short>(0xFF80));
+    for (; i + 16 <= count; i += 16) {
+        const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i *>(text + i));
+        const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i *>(text + i + 8));
+        // A unit is ASCII when it has no bit above 0x7F and is not zero.
+        const __m128i okA = _mm_andnot_si128(_mm_cmpeq_epi16(a, zero),
+                                             _mm_cmpeq_epi16(_mm_and_si128(a, high), zero));
+        const __m128i okB = _mm_andnot_si128(_mm_cmpeq_epi16(b, zero),
+                                             _mm_cmpeq_epi16(_mm_and_si128(b, high), zero));
+        _mm_storeu_si128(reinterpret_cast<__m128i *>(out + i), _mm_packus_epi16(a, b));
+        const int ok = _mm_movemask_epi8(_mm_packs_epi16(okA, okB));
+        if (ok != 0xFFFF)
+            return i + static_cast<size_t>(__builtin_ctz(~static_cast<unsigned>(ok)));
+    }
+#endif
+    for (; i < count && text[i] != 0 && text[i] < 0x80; ++i)
+        out[i] = static_cast<char>(text[i]);
+    return i;
+}
+
 size_t utf8_to_utf16_into(const char *text, size_t length, char16_t *out)
 {
     if (text == nullptr)
@@ -101,22 +130,41 @@ size_t utf8_to_utf16_into(const char *text, size_t length, char16_t *out)
     size_t units = 0;
     for (size_t position = 0; position < length;) {
         // ASCII, the bulk of most documents, needs no decoding: it is
-        // widened sixteen bytes at a time while no byte has its high bit set.
+        // widened sixteen bytes at a time up to the first byte with its high
+        // bit set. A step may write units past that byte; they are written
+        // over next, and stay within the output (never more units than
+        // bytes have been read).
+#if defined(__SSE2__)
+        const __m128i zero = _mm_setzero_si128();
         while (position + 16 <= length) {
-            unsigned char any = 0;
-            for (size_t k = 0; k < 16; ++k)
-                any |= bytes[position + k];
-            if (any & 0x80)
+            const __m128i block =
+                _mm_loadu_si128(reinterpret_cast<const __m128i *>(bytes + position));
+            _mm_storeu_si128(reinterpret_cast<__m128i *>(out + units),
+                             _mm_unpacklo_epi8(block, zero));
+            _mm_storeu_si128(reinterpret_cast<__m128i *>(out + units + 8),
+                             _mm_unpackhi_epi8(block, zero));
+            const int high = _mm_movemask_epi8(block);
+            if (high != 0) {
+                const auto ascii = static_cast<size_t>(__builtin_ctz(static_cast<unsigned>(high)));
+                units += ascii;
+                position += ascii;
                 break;
-            for (size_t k = 0; k < 16; ++k)
-                out[units + k] = bytes[position + k];
+            }
             units += 16;
             position += 16;
         }
+#endif
+        while (position < length && bytes[position] < 0x80)
+            out[units++] = bytes[position++];
         if (position >= length)
             break;
-        if (bytes[position] < 0x80) {
-            out[units++] = bytes[position++];
+        // Two-byte sequences (Latin-1 and most alphabets) need no table.
+        const unsigned char lead = bytes[position];
+        if (lead >= 0xC2 && lead <= 0xDF && position + 1 < length &&
+            is_continuation(bytes[position + 1])) {
+            out[units++] =
+                static_cast<char16_t>(((lead & 0x1F) << 6) | (bytes[position + 1] & 0x3F));
+            position += 2;
             continue;
         }
         char32_t code_point = decode_utf8(bytes, length, position);
@@ -147,16 +195,17 @@ std::string utf16_to_utf8(const char16_t *text, size_t units)
         return out;
     out.reserve(units);
     for (size_t i = 0; i < units; ++i) {
-        // A run of ASCII is narrowed as it is.
-        size_t run = i;
-        while (run < units && text[run] < 0x80)
-            ++run;
-        if (run > i) {
-            const size_t at = out.size();
-            out.resize(at + (run - i));
-            for (size_t k = i; k < run; ++k)
-                out[at + (k - i)] = static_cast<char>(text[k]);
-            i = run - 1;
+        if (text[i] != 0 && text[i] < 0x80) {
+            // A run of ASCII is narrowed as it is, a chunk at a time.
+            char chunk[256];
+            size_t run = 0;
+            do {
+                const size_t take = units - i < sizeof chunk ? units - i : sizeof chunk;
+                run = narrow_ascii(text + i, take, chunk);
+                out.append(chunk, run);
+                i += run;
+            } while (run == sizeof chunk && i < units);
+            --i;
             continue;
         }
         const char16_t unit = text[i];

@@ -22,6 +22,11 @@ char32_t decode_utf8(const unsigned char *text, size_t length, size_t &position)
 // Appends the UTF-8 form of a valid code point.
 void append_utf8(std::string &out, char32_t code_point);
 
+// Narrows the leading run of units U+0001 to U+007F of `text` (at most
+// `count`) into `out`, one byte each, and returns the run's length. Bytes of
+// `out` past the run, up to `count`, may be written over.
+size_t narrow_ascii(const char16_t *text, size_t count, char *out);
+
 // UTF-16 units that utf8_to_utf16 would produce for the text.
 size_t utf16_units_of_utf8(const char *text, size_t length);
 

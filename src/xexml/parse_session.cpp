@@ -1,6 +1,7 @@
 #include "xexml/parse_session.h"
 
 #include <cstddef>
+#include <cstring>
 #include <new>
 
 #include <xercesc/framework/XMLErrorCodes.hpp>
@@ -87,7 +88,12 @@ void ParseSession::open(const void *document, uint32_t length)
     }
     register_handler(*reader, *handler, flags);
     buffer = parse_buffer(*handler, document, length);
-    if (handler->getMPH() != nullptr)
+    // A restart needs the document as it was; a national document that the
+    // data map converted without loss is its UTF-16 text already.
+    originalIsText = handler->getMPH() != nullptr && handler->isNational() &&
+                     size_t{handler->getDocTextLen()} * 2 == length &&
+                     std::memcmp(handler->getDocText(), document, length) == 0;
+    if (handler->getMPH() != nullptr && !originalIsText)
         original.assign(static_cast<const char *>(document), length);
     source = std::make_unique<xercesc::MemBufInputSource>(
         reinterpret_cast<const XMLByte *>(buffer.data()), buffer.size(), "prodInfo", false,
@@ -139,8 +145,9 @@ bool ParseSession::step(bool first)
 
 bool ParseSession::nextIsComplete() const
 {
-    return sentinel.next != nullptr &&
-           (handler == nullptr || sentinel.next != handler->getEventTail());
+    // The handler appends behind the last record, so the first record is the
+    // handler's newest exactly when nothing follows it.
+    return sentinel.next != nullptr && (handler == nullptr || sentinel.next->next != nullptr);
 }
 
 xd_parse_info *ParseSession::next()
@@ -197,8 +204,14 @@ void ParseSession::endScan()
 void ParseSession::restartWhole()
 {
     scanning = false;
-    std::string document =
-        handler != nullptr && handler->getMPH() != nullptr ? std::move(original) : buffer;
+    std::string document;
+    if (handler != nullptr && originalIsText)
+        document.assign(reinterpret_cast<const char *>(handler->getDocText()),
+                        size_t{handler->getDocTextLen()} * 2);
+    else if (handler != nullptr && handler->getMPH() != nullptr)
+        document = std::move(original);
+    else
+        document = buffer;
     closeParser();
     freePending();
 

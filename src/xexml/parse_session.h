@@ -7,6 +7,7 @@
 #define CBLXML_XEXML_PARSE_SESSION_H
 
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
 #include <string>
 
@@ -46,6 +47,20 @@ public:
     xd_parse_info *next();
     // Frees an event that next() handed out.
     void release(xd_parse_info *record) { release_event(&pool, record); }
+    // The text handed to the program by this call (null for none). It is
+    // the program's until its next call, and stays the program's if the
+    // parse is abandoned: the session never frees it on its own.
+    void lend(char *text) { lent = text; }
+    // The program's previous text, passed back on its next call: when it is
+    // the one lent, its block is kept for later texts; any other is freed.
+    void takeBack(void *text)
+    {
+        if (text != nullptr && text == lent)
+            pool.keepText(lent);
+        else
+            std::free(text);
+        lent = nullptr;
+    }
     // True when next() has nothing more to give.
     bool exhausted() const
     {
@@ -94,11 +109,13 @@ private:
     std::unique_ptr<XmlDomHandlers> handler;
     std::string buffer;    // what the parser reads
     std::string original;  // the document itself, when the buffer is a conversion
+    bool originalIsText = false;  // ... unless the handler's UTF-16 text is the document
     std::unique_ptr<xercesc::MemBufInputSource> source;
     xercesc::XMLPScanToken token;
     bool scanning = false;
     int32_t outcome = 0;
     uint64_t delivered = 0;
+    char *lent = nullptr;  // the program's current text, when it is a block of ours
 };
 
 }  // namespace cblxml

@@ -34,17 +34,10 @@ std::string parse_buffer(XmlDomHandlers &handler, const void *document, uint32_t
 {
     if (handler.getMPH() == nullptr)
         return std::string(static_cast<const char *>(document), length);
-    handler.setIdescLen(static_cast<int32_t>(length));
-    uint32_t size = platform::utf8_room(length);  // the longest UTF-8 form and its terminator
-    std::string buffer(size, '\0');
-    if (platform::get_cbl_data(handler.getMPH(), handler.getIdesc(), document, DM_FORM_UTF8,
-                               buffer.data(), &size) != 0)
-        size = 0;
-    // The data map's terminator is left out: a NUL after the root element
-    // would be a parse error.
-    buffer.resize(size > 0 ? size - 1 : 0);
-    buffer.shrink_to_fit();  // the room for the longest form is not kept for the parse
-    return buffer;
+    // The handler converted the document through the data map already (its
+    // terminator left out: a NUL after the root element would be a parse
+    // error).
+    return handler.takeMappedText();
 }
 
 }  // namespace cblxml

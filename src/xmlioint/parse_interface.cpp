@@ -153,11 +153,14 @@ void deliver(void *state, void *textHolder, void *textLength, void *code, char *
         }
     } else {
         session.reset(ParseSession::fromAnchor(head));
-        if (previousText != nullptr) {
-            // The only place where a buffer handed to the caller is freed.
+        // The only place where a buffer handed to the caller is freed (or
+        // kept by the session for the texts to come).
+        if (session != nullptr)
+            session->takeBack(previousText);
+        else
             std::free(previousText);
+        if (previousText != nullptr)
             store<void *>(textHolder, nullptr);
-        }
     }
 
     char *text = nullptr;
@@ -197,6 +200,8 @@ void deliver(void *state, void *textHolder, void *textLength, void *code, char *
             throw;
         }
         session->release(record);
+        if (textHolder != nullptr)
+            session->lend(text);
         // After the last event the state item is null again: the next call
         // starts a new parse.
         if (session->exhausted()) {

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "XmlDomHandlers/line_index.h"
+#include "XmlDomHandlers/text_units.h"
 
 namespace {
 
@@ -64,6 +65,34 @@ TEST(LineIndexTest, AnyOrderOfLinesGivesTheWalkedStarts)
         for (uint64_t line : order)
             ASSERT_EQ(index.lineStart(line), expected_start(starts, line, length))
                 << "line " << line << " of a text of " << length << " units";
+    }
+}
+
+// The scans for a unit take blocks of units: whatever the range and wherever
+// the units stand in it, they find what a plain walk finds.
+TEST(LineIndexTest, UnitScansFindWhatAWalkFinds)
+{
+    for (int64_t size = 0; size < 80; ++size) {
+        for (int64_t at = -1; at < size; ++at) {
+            std::u16string text(static_cast<size_t>(size), u'x');
+            if (at >= 0)
+                text[static_cast<size_t>(at)] = u'<';
+            if (at >= 5)
+                text[static_cast<size_t>(at - 5)] = u'&';
+            for (int64_t from : {int64_t{0}, int64_t{3}}) {
+                int64_t first = size, last = from - 1;
+                for (int64_t i = size - 1; i >= from; --i)
+                    first = (text[i] == u'<' || text[i] == u'&') ? i : first;
+                for (int64_t i = from; i < size; ++i)
+                    last = (text[i] == u'<' || text[i] == u'&') ? i : last;
+                if (from > size)
+                    continue;
+                EXPECT_EQ(cblxml::find_either(text.data(), from, size, u'<', u'&'), first)
+                    << size << " " << at;
+                EXPECT_EQ(cblxml::find_last_either(text.data(), from, size, u'<', u'&'), last)
+                    << size << " " << at;
+            }
+        }
     }
 }
 

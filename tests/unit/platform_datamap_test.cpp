@@ -255,6 +255,7 @@ TEST(DataMapTest, ReadsItemsInEveryForm)
         {"trailing spaces kept", kNative, alnum(7), "<a/>   ", DM_FORM_UTF8, "<a/>   ", 0, 0},
         {"malformed byte replaced", kNative, alnum(2), "a\xFF", DM_FORM_UTF8, "a\xEF\xBF\xBD", 0, 0},
         {"every national unit", kNational, national(24), utf16(u"<a>\u20AC\U0001F600</a>  "), DM_FORM_UTF8, "<a>\xE2\x82\xAC\xF0\x9F\x98\x80</a>  ", 0, 0},
+        {"a pair across the pieces read", kNational, national(8196), utf16(std::u16string(4095, u'a') + u"\U0001F600b"), DM_FORM_UTF8, std::string(4095, 'a') + "\xF0\x9F\x98\x80" + "b", 0, 0},
         {"float form", kNative, numeric(DM_USAGE_COMP1, 4, 0), bytes_of(-2.25f), DM_FORM_FLOAT, "-2.25", 0, 0},
         {"double form, comma point", kNative, numeric(DM_USAGE_COMP2, 8, 0), bytes_of(2.5), DM_FORM_DOUBLE, "2,5", 0, ','},
         {"not a number", kNative, numeric(DM_USAGE_COMP2, 8, 0), bytes_of(std::numeric_limits<double>::quiet_NaN()), DM_FORM_DOUBLE, "NaN", 0, 0},

@@ -13,28 +13,49 @@ using cblxml::platform::utf8_to_utf16;
 
 namespace {
 
+struct Utf8Row {
+    std::string utf8;
+    std::u16string utf16;
+};
+
+const Utf8Row kUtf8Rows[] = {
+    {"a\xC3\xA9\xE2\x82\xAC\xEF\xBF\xBF\xF0\x9F\x98\x80\xF4\x8F\xBF\xBF",
+     u"a\u00E9\u20AC\uFFFF\U0001F600\U0010FFFF"},
+    {std::string("a\0b", 3), std::u16string(u"a\0b", 3)},
+    {"a\x80z", u"a\uFFFDz"},                            // lone continuation
+    {"a\xE2\x82", u"a\uFFFD"},                          // truncated at the end
+    {"\xE2\x82z", u"\uFFFDz"},                          // truncated, then ASCII
+    {"\xC0\xAF", u"\uFFFD\uFFFD"},                      // overlong
+    {"\xE0\x80\xAF", u"\uFFFD\uFFFD\uFFFD"},            // overlong, three bytes
+    {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"},            // an encoded surrogate
+    {"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD"},  // beyond U+10FFFF
+    {"\xFF\xFE", u"\uFFFD\uFFFD"},                      // never a lead byte
+    {"caf\xE9!", u"caf\uFFFD!"},                        // Latin-1
+};
+
 TEST(Unicode, Utf8ToUtf16ReplacesWhatIsMalformed)
 {
-    const struct {
-        std::string utf8;
-        std::u16string utf16;
-    } rows[] = {
-        {"a\xC3\xA9\xE2\x82\xAC\xEF\xBF\xBF\xF0\x9F\x98\x80\xF4\x8F\xBF\xBF",
-         u"a\u00E9\u20AC\uFFFF\U0001F600\U0010FFFF"},
-        {std::string("a\0b", 3), std::u16string(u"a\0b", 3)},
-        {"a\x80z", u"a\uFFFDz"},                            // lone continuation
-        {"a\xE2\x82", u"a\uFFFD"},                          // truncated at the end
-        {"\xE2\x82z", u"\uFFFDz"},                          // truncated, then ASCII
-        {"\xC0\xAF", u"\uFFFD\uFFFD"},                      // overlong
-        {"\xE0\x80\xAF", u"\uFFFD\uFFFD\uFFFD"},            // overlong, three bytes
-        {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"},            // an encoded surrogate
-        {"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD"},  // beyond U+10FFFF
-        {"\xFF\xFE", u"\uFFFD\uFFFD"},                      // never a lead byte
-        {"caf\xE9!", u"caf\uFFFD!"},                        // Latin-1
-    };
-    for (const auto &r : rows) {
+    for (const auto &r : kUtf8Rows) {
         EXPECT_EQ(utf8_to_utf16(r.utf8.data(), r.utf8.size()), r.utf16) << r.utf8;
         EXPECT_EQ(utf16_units_of_utf8(r.utf8.data(), r.utf8.size()), r.utf16.size()) << r.utf8;
+    }
+}
+
+// The conversions take runs of ASCII in blocks: every row, placed at every
+// offset of such a block and followed by ASCII, converts as on its own.
+TEST(Unicode, AsciiBlocksAroundOtherTextConvertAlike)
+{
+    for (const auto &r : kUtf8Rows) {
+        for (size_t before = 0; before < 34; before += 3) {
+            const std::string ascii(before, 'x');
+            const std::u16string wide(before, u'x');
+            const std::string utf8 = ascii + r.utf8 + ascii + "<" + ascii;
+            const std::u16string utf16 = wide + r.utf16 + wide + u"<" + wide;
+            EXPECT_EQ(utf8_to_utf16(utf8.data(), utf8.size()), utf16) << before << r.utf8;
+            if (r.utf16.find(char16_t(0xFFFD)) == std::u16string::npos) {
+                EXPECT_EQ(utf16_to_utf8(utf16.data(), utf16.size()), utf8) << before << r.utf8;
+            }
+        }
     }
 }
 
