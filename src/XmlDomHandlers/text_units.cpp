@@ -14,7 +14,8 @@ size_t find_either_long(const char16_t *text, size_t from, size_t to, char16_t a
     const __m128i wantB = _mm_set1_epi16(static_cast<short>(b));
     for (; i + 8 <= to; i += 8) {
         const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i *>(text + i));
-        const __m128i hit = _mm_or_si128(_mm_cmpeq_epi16(units, wantA), _mm_cmpeq_epi16(units, wantB));
+        const __m128i hit =
+            _mm_or_si128(_mm_cmpeq_epi16(units, wantA), _mm_cmpeq_epi16(units, wantB));
         const int mask = _mm_movemask_epi8(hit);
         if (mask != 0)
             return i + static_cast<size_t>(__builtin_ctz(static_cast<unsigned>(mask))) / 2;

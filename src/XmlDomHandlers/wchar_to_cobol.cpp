@@ -86,9 +86,9 @@ size_t plain_utf8(const XMLCh *source, size_t count, char *out)
         if (i == count)
             break;
         const XMLCh c = source[i];
-        if (c == 0 || is_surrogate(c)) {
+        if (c == 0 || is_surrogate(c))
             return kNotPlain;
-        } else if (c < 0x800) {
+        if (c < 0x800) {
             *put++ = static_cast<unsigned char>(0xC0 | (c >> 6));
             *put++ = static_cast<unsigned char>(0x80 | (c & 0x3F));
         } else {

@@ -107,8 +107,8 @@ private:
     std::unique_ptr<ErrorRecordingReader> reader;
     std::unique_ptr<EntityGuard> guard;
     std::unique_ptr<XmlDomHandlers> handler;
-    std::string buffer;    // what the parser reads
-    std::string original;  // the document itself, when the buffer is a conversion
+    std::string buffer;           // what the parser reads
+    std::string original;         // the document itself, when the buffer is a conversion
     bool originalIsText = false;  // ... unless the handler's UTF-16 text is the document
     std::unique_ptr<xercesc::MemBufInputSource> source;
     xercesc::XMLPScanToken token;

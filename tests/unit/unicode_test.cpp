@@ -49,8 +49,10 @@ TEST(Unicode, AsciiBlocksAroundOtherTextConvertAlike)
         for (size_t before = 0; before < 34; before += 3) {
             const std::string ascii(before, 'x');
             const std::u16string wide(before, u'x');
-            const std::string utf8 = ascii + r.utf8 + ascii + "<" + ascii;
-            const std::u16string utf16 = wide + r.utf16 + wide + u"<" + wide;
+            std::string utf8 = ascii;
+            utf8.append(r.utf8).append(ascii).append("<").append(ascii);
+            std::u16string utf16 = wide;
+            utf16.append(r.utf16).append(wide).append(u"<").append(wide);
             EXPECT_EQ(utf8_to_utf16(utf8.data(), utf8.size()), utf16) << before << r.utf8;
             if (r.utf16.find(char16_t(0xFFFD)) == std::u16string::npos) {
                 EXPECT_EQ(utf16_to_utf8(utf16.data(), utf16.size()), utf8) << before << r.utf8;
