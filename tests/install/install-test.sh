@@ -2,7 +2,8 @@
 # Installs the build into a fresh prefix, then builds and runs, against that
 # installed copy alone: a C program through find_package(cblxml), the same
 # through pkg-config, the XML PARSE example with cobc and the installed
-# copybooks, the layout test program with what the installed
+# copybooks, a program with the XML PARSE statement through the installed
+# cblxml-cobc, the layout test program with what the installed
 # cblxml-layout writes, and the XML file example orderread with its layout
 # made by the installed tool.
 #   install-test.sh BUILD_DIR SOURCE_DIR
@@ -17,7 +18,8 @@ fail() { echo "install test: $*"; exit 1; }
 cmake --install "$build" --prefix "$prefix" >"$work/install.log" || { cat "$work/install.log"; fail "install"; }
 cp "$here/consumer/consumer.c" "$here/consumer/CMakeLists.txt" "$source/examples/xmlevents.cbl" \
    "$source/examples/data/order.xml" "$source/tests/layout/"{linkcheck.cbl,dump.c} \
-   "$source/examples/"{orderread.cbl,files/orders.cpy,data/orders.xml} "$work/"
+   "$source/examples/"{orderread.cbl,files/orders.cpy,data/orders.xml,xmlorder.cbl} \
+   "$source/examples/"{order-data.cpy,order-report.cpy} "$work/"
 cp "$source/tests/layout/copybooks/order.cpy" "$work/record.cpy"
 cd "$work"
 export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
@@ -52,4 +54,9 @@ cobc -x -I . -I "$copybooks" -o orderread orderread.cbl -K CBL_XMLIO_INTERFACE \
     -K kvt_xe_xml_rec_link -L "$libdir" -lcblxml -Q "-Wl,-rpath,$libdir" || fail "cobc orderread"
 ./orderread orders.xml >orderread.out || fail "orderread"
 cmp -s orderread.out "$source/tests/cobol/expected/orderread-orders.out" || fail "orderread output"
-echo "installed package: C through find_package and pkg-config, COBOL with the copybooks, an XML file example"
+# A program with the XML PARSE statement, built by the installed cblxml-cobc.
+"$prefix/bin/cblxml-cobc" -x -I . -o xmlorder xmlorder.cbl || fail "the installed cblxml-cobc"
+./xmlorder order.xml >xmlorder.out || fail "xmlorder"
+cmp -s xmlorder.out "$source/tests/cobol/expected/orderreport-order.out" || fail "xmlorder output"
+echo "installed package: C through find_package and pkg-config, COBOL with the copybooks and" \
+    "cblxml-cobc, an XML file example"
