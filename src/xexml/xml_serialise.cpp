@@ -201,11 +201,21 @@ bool in_lines(const xd_dom_node_t *element)
     return false;
 }
 
+// CR LF and 16 levels of indentation, to be written in one piece.
+constexpr std::string_view kBreak = "\r\n"
+                                    "                                "
+                                    "                                ";
+static_assert(kBreak.size() == 2 + 16 * kIndent.size(), "CR LF and 16 levels");
+
 void line_break(xml_writer &out, size_t depth)
 {
-    if (!outbuf_ends_crlf(out.buf))
-        out.put("\r\n", 2);
-    for (size_t i = 0; i < depth; ++i)
+    // CR LF unless the text ends with one already, then the indentation: up
+    // to 16 levels in the same piece, the deeper ones after it a level at a
+    // time.
+    const size_t from = outbuf_ends_crlf(out.buf) ? 2 : 0;
+    const size_t levels = depth < 16 ? depth : 16;
+    out.put(kBreak.data() + from, 2 - from + levels * kIndent.size());
+    for (size_t i = levels; i < depth; ++i)
         out.put(kIndent);
 }
 
