@@ -80,9 +80,8 @@ bool shared_naming(const record_builder &builder, const Naming &naming, const ch
                    const char *&ns)
 {
     name = dom_shared_bytes(builder.document, naming.name.data(), naming.name.size());
-    ns = naming.ns.empty()
-             ? ""
-             : dom_shared_bytes(builder.document, naming.ns.data(), naming.ns.size());
+    ns = naming.ns.empty() ? ""
+                           : dom_shared_bytes(builder.document, naming.ns.data(), naming.ns.size());
     return name != nullptr && ns != nullptr;
 }
 

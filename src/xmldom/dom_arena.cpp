@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
-#include <utility>
 #include <sys/mman.h>
+#include <utility>
 
 #if defined(__SANITIZE_ADDRESS__)
 #define CBLXML_ARENA_ASAN 1
@@ -181,8 +181,8 @@ char *DomArena::shared(const char *bytes, size_t size)
         (r.length == size || bytes[r.length] == '\0'))
         return r.copy;
     const void *nul = std::memchr(bytes, '\0', size);
-    const size_t length = nul != nullptr ? static_cast<size_t>(static_cast<const char *>(nul) - bytes)
-                                         : size;
+    const size_t length =
+        nul != nullptr ? static_cast<size_t>(static_cast<const char *>(nul) - bytes) : size;
     char *copy = shared_view(std::string_view(bytes, length));
     if (copy != nullptr)
         r = Recent{bytes, size, copy, length};
