@@ -173,8 +173,15 @@ bool cblxml::platform::get_cbl_text(void *handle, const dm_item_desc *desc, cons
                                     std::string &text)
 {
     text.clear();
+    return append_cbl_text(handle, desc, item, text);
+}
+
+bool cblxml::platform::append_cbl_text(void *handle, const dm_item_desc *desc, const void *item,
+                                       std::string &text)
+{
     if (handle == nullptr || desc == nullptr || (item == nullptr && desc->length != 0))
         return false;
+    const size_t base = text.size();
     try {
         if (cblxml::platform::item_text(handle, *desc, item, text))
             return true;
@@ -183,7 +190,7 @@ bool cblxml::platform::get_cbl_text(void *handle, const dm_item_desc *desc, cons
     } catch (...) {
         // A failed conversion, as below.
     }
-    text.clear();
+    text.resize(base);
     return false;
 }
 

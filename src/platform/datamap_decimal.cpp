@@ -66,13 +66,13 @@ Decimal zero_decimal(size_t places) { return Decimal{false, std::string(places, 
 
 std::string digits_of(unsigned long long value)
 {
-    std::string digits;
+    char digits[24];  // 20 digits at most
+    char *first = digits + sizeof digits;
     do {
-        digits += static_cast<char>('0' + value % 10);
+        *--first = static_cast<char>('0' + value % 10);
         value /= 10;
     } while (value != 0);
-    std::reverse(digits.begin(), digits.end());
-    return digits;
+    return std::string(first, digits + sizeof digits);
 }
 
 bool parse_decimal(std::string_view text, char decimal_point, char grouping, NumberShape shape,

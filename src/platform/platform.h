@@ -53,6 +53,9 @@ int32_t get_cbl_data(void *handle, const dm_item_desc *desc, const void *item, i
 // terminator and without a room to size: false, with `text` empty, when
 // it fails.
 bool get_cbl_text(void *handle, const dm_item_desc *desc, const void *item, std::string &text);
+// The same text appended to `text`; false, with `text` as it was, when the
+// conversion fails.
+bool append_cbl_text(void *handle, const dm_item_desc *desc, const void *item, std::string &text);
 // DMSetCblData the same way (the item is cleared before the throw).
 int32_t set_cbl_data(void *handle, const dm_item_desc *desc, void *item, int32_t form,
                      const void *text, uint32_t text_length);

@@ -29,34 +29,46 @@ size_t trimmed_length(const char *text, size_t length, const char *cut, size_t c
     return length;
 }
 
-std::string item_text(xml_rec_entry_t *entry, IDESC *item, void *dm_handle)
+void append_item_text(std::string &text, xml_rec_entry_t *entry, IDESC *item, void *dm_handle)
 {
     const uint8_t usage = DESC_GET(item, usage_source);
     const bool floating = usage == kUsageComp1 || usage == kUsageComp2;
-    std::string text;
+    const size_t base = text.size();
     if (const void *data = kvt_xe_xml_itm_addr_get(entry, item, 1)) {
         dm_item_desc desc;
         std::string format;
         item_dm_description(item, desc, format);
-        const int32_t form = usage == kUsageComp1   ? DM_FORM_FLOAT
-                             : usage == kUsageComp2 ? DM_FORM_DOUBLE
-                                                    : DM_FORM_UTF8;
-        text.assign(uint64_t{desc.length} * 16 + 1, '\0');
-        auto length = static_cast<uint32_t>(text.size());
-        // The data map gives UTF-8, which is also the form the run-time's
-        // string conversion would be asked for: that conversion is the
-        // identity here, and so is left out. A failure gives an empty text.
-        if (platform::get_cbl_data(dm_handle, &desc, data, form, text.data(), &length) != 0)
-            length = 0;
-        if (form == DM_FORM_UTF8 && length > 0)
-            --length;  // the terminator
-        text.resize(length);
+        const size_t room = uint64_t{desc.length} * 16 + 1;
+        if (floating) {
+            const int32_t form = usage == kUsageComp1 ? DM_FORM_FLOAT : DM_FORM_DOUBLE;
+            text.resize(base + room);
+            auto length = static_cast<uint32_t>(room);
+            if (platform::get_cbl_data(dm_handle, &desc, data, form, text.data() + base, &length) !=
+                0)
+                length = 0;
+            text.resize(base + length);
+        } else if (platform::append_cbl_text(dm_handle, &desc, data, text) &&
+                   text.size() - base >= room) {
+            // The data map gives UTF-8, which is also the form the run-time's
+            // string conversion would be asked for: that conversion is the
+            // identity here, and so is left out. A failure gives an empty
+            // text, and so does a text that would not fit the room of 16
+            // bytes per byte of the item (and a terminator) the data map is
+            // given.
+            text.resize(base);
+        }
     }
     // An item without an address (an occurrence out of range) is padded as
     // an empty value, so that pieces joined after it keep their offsets.
     const uint32_t width = DESC_GET(item, length);
-    if (!floating && text.size() < width)
-        text.append(width - text.size(), ' ');
+    if (!floating && text.size() - base < width)
+        text.append(width - (text.size() - base), ' ');
+}
+
+std::string item_text(xml_rec_entry_t *entry, IDESC *item, void *dm_handle)
+{
+    std::string text;
+    append_item_text(text, entry, item, dm_handle);
     return text;
 }
 

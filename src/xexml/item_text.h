@@ -14,6 +14,8 @@ namespace cblxml::xexml {
 // items. Empty when the item has no address or the data map cannot convert
 // it. Running out of memory throws std::bad_alloc.
 std::string item_text(xml_rec_entry_t *entry, IDESC *item, void *dm_handle);
+// The same text appended to `text`, whose memory is reused.
+void append_item_text(std::string &text, xml_rec_entry_t *entry, IDESC *item, void *dm_handle);
 
 // Up to `width` bytes of the item's data (the current occurrence), never
 // past the end of the record area; empty when the item has no address.

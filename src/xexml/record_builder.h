@@ -14,6 +14,10 @@ struct record_builder {
     void *aux = nullptr;                // the block's builder_aux, passed along
     void *dm_handle = nullptr;
     bool failed = false;  // a node could not be made: the tree is incomplete
+    std::string text;     // work area of item texts, its memory kept from item to item
+
+    // The text of the item's current occurrence (see item_text), in `text`.
+    const std::string &item_text(xml_rec_entry_t *entry, IDESC *item);
 };
 
 // Builds the nodes of `item` (every occurrence up to its count's maximum)

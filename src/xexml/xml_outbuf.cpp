@@ -66,7 +66,7 @@ bool grow(xml_outbuf &buf, size_t need)
 
 }  // namespace
 
-void outbuf_append(xml_outbuf &buf, const char *text, size_t n)
+void outbuf_append_slow(xml_outbuf &buf, const char *text, size_t n)
 {
     if (n == 0)
         return;
@@ -110,11 +110,6 @@ void outbuf_append(xml_outbuf &buf, const char *text, size_t n)
     }
     std::memcpy(buf.data + buf.used, text, n);
     buf.used += n;
-}
-
-bool outbuf_ends_crlf(const xml_outbuf &buf)
-{
-    return buf.produced >= 2 && buf.last[0] == '\r' && buf.last[1] == '\n';
 }
 
 void outbuf_close(xml_outbuf &buf, int32_t status)

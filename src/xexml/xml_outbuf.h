@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "cblxml.h"
 
@@ -38,9 +39,27 @@ bool outbuf_create(xml_outbuf &buf, const xmlio_fcb *fcb);
 // writing its text to a stream, when it has one); a growable one at least
 // doubles when it grows, so a document of n bytes is copied O(n) times in
 // all. A failed allocation sets `failed` and drops the bytes.
-void outbuf_append(xml_outbuf &buf, const char *text, size_t n);
+void outbuf_append_slow(xml_outbuf &buf, const char *text, size_t n);
+// The common case inline: the bytes fit the area as it is.
+inline void outbuf_append(xml_outbuf &buf, const char *text, size_t n)
+{
+    if (n == 0)
+        return;
+    if (buf.data == nullptr || buf.failed || n > buf.capacity - buf.used) {
+        outbuf_append_slow(buf, text, n);
+        return;
+    }
+    buf.produced += n;
+    buf.last[0] = n >= 2 ? text[n - 2] : buf.last[1];
+    buf.last[1] = text[n - 1];
+    std::memcpy(buf.data + buf.used, text, n);
+    buf.used += n;
+}
 // True when the text appended so far ends with CR LF.
-bool outbuf_ends_crlf(const xml_outbuf &buf);
+inline bool outbuf_ends_crlf(const xml_outbuf &buf)
+{
+    return buf.produced >= 2 && buf.last[0] == '\r' && buf.last[1] == '\n';
+}
 // Writes the text still held to the stream (unless status is -9) and
 // flushes it, then frees the area. A streaming buffer has written its full
 // blocks already: only running out of memory half-way (status -9 from the

@@ -20,21 +20,22 @@ constexpr std::string_view kXsiDeclaration =
     " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\"";
 static_assert(kXsiDeclaration.size() == 54, "the declaration is 54 characters");
 
-struct Entity {
-    char c;
-    std::string_view text;
-};
-constexpr Entity kEntities[] = {
-    {'<', "&lt;"}, {'>', "&gt;"}, {'\'', "&apos;"}, {'"', "&quot;"}, {'&', "&amp;"},
-};
-
 std::string_view entity_of(char c)
 {
-    for (const Entity &e : kEntities) {
-        if (e.c == c)
-            return e.text;
+    switch (c) {
+    case '<':
+        return "&lt;";
+    case '>':
+        return "&gt;";
+    case '\'':
+        return "&apos;";
+    case '"':
+        return "&quot;";
+    case '&':
+        return "&amp;";
+    default:
+        return {};
     }
-    return {};
 }
 
 void write_quoted(xml_writer &out, std::string_view text)
@@ -84,13 +85,37 @@ void write_schema_attributes(xml_writer &out, const xd_dom_node_t *element)
     out.put(&kQuote, 1);
 }
 
+// One attribute; `number` is its namespace prefix's (0: none).
+void write_attribute(xml_writer &out, const xd_dom_node_t *a, int number)
+{
+    out.put(" ");
+    if (number != 0) {
+        char prefix[32];
+        out.put(prefix, static_cast<size_t>(std::snprintf(prefix, sizeof prefix, "ns%d:", number)));
+    }
+    out.put(view(a->name));
+    out.put("=\"");
+    if (a->value != nullptr)
+        write_escaped(out, a->value, std::strlen(a->value));
+    out.put(&kQuote, 1);
+}
+
 // Numbered prefixes for the attributes' namespaces, declared before the
 // first attribute. Numbers start at 1 again for every element.
 void write_attributes(xml_writer &out, const xd_dom_node_t *element)
 {
+    const xd_dom_node_t *a = element->first_attribute;
+    while (a != nullptr && a->namespace_uri == nullptr)
+        a = a->next_sibling;
+    if (a == nullptr) {
+        // No attribute has a namespace: nothing to declare or number.
+        for (a = element->first_attribute; a != nullptr; a = a->next_sibling)
+            write_attribute(out, a, 0);
+        return;
+    }
     std::vector<const char *> uris;
     std::vector<int> numbers;
-    for (const xd_dom_node_t *a = element->first_attribute; a != nullptr; a = a->next_sibling) {
+    for (a = element->first_attribute; a != nullptr; a = a->next_sibling) {
         int number = 0;
         if (a->namespace_uri != nullptr) {
             for (size_t i = 0; i < uris.size() && number == 0; ++i) {
@@ -109,20 +134,8 @@ void write_attributes(xml_writer &out, const xd_dom_node_t *element)
         numbers.push_back(number);
     }
     size_t i = 0;
-    for (const xd_dom_node_t *a = element->first_attribute; a != nullptr; a = a->next_sibling) {
-        out.put(" ");
-        if (numbers[i] != 0) {
-            char prefix[32];
-            out.put(prefix,
-                    static_cast<size_t>(std::snprintf(prefix, sizeof prefix, "ns%d:", numbers[i])));
-        }
-        ++i;
-        out.put(view(a->name));
-        out.put("=\"");
-        if (a->value != nullptr)
-            write_escaped(out, a->value, std::strlen(a->value));
-        out.put(&kQuote, 1);
-    }
+    for (a = element->first_attribute; a != nullptr; a = a->next_sibling)
+        write_attribute(out, a, numbers[i++]);
 }
 
 void write_start_tag(xml_writer &out, const xd_dom_node_t *element, size_t depth)
@@ -139,6 +152,13 @@ void write_start_tag(xml_writer &out, const xd_dom_node_t *element, size_t depth
 // The run of text nodes from `text` on, joined, trimmed and escaped.
 void write_text_run(xml_writer &out, const xd_dom_node_t *text)
 {
+    const xd_dom_node_t *next = text->next_sibling;
+    if (next == nullptr || next->kind != XD_DOM_TEXT) {
+        // A run of one, written from where it is.
+        if (text->value != nullptr)
+            write_escaped(out, text->value, std::strlen(text->value));
+        return;
+    }
     std::string joined;
     for (; text != nullptr && text->kind == XD_DOM_TEXT; text = text->next_sibling) {
         if (text->value != nullptr)
@@ -181,11 +201,21 @@ bool in_lines(const xd_dom_node_t *element)
     return false;
 }
 
+// CR LF and 16 levels of indentation, to be written in one piece.
+constexpr std::string_view kBreak = "\r\n"
+                                    "                                "
+                                    "                                ";
+static_assert(kBreak.size() == 2 + 16 * kIndent.size(), "CR LF and 16 levels");
+
 void line_break(xml_writer &out, size_t depth)
 {
-    if (!outbuf_ends_crlf(out.buf))
-        out.put("\r\n", 2);
-    for (size_t i = 0; i < depth; ++i)
+    // CR LF unless the text ends with one already, then the indentation: up
+    // to 16 levels in the same piece, the deeper ones after it a level at a
+    // time.
+    const size_t from = outbuf_ends_crlf(out.buf) ? 2 : 0;
+    const size_t levels = depth < 16 ? depth : 16;
+    out.put(kBreak.data() + from, 2 - from + levels * kIndent.size());
+    for (size_t i = levels; i < depth; ++i)
         out.put(kIndent);
 }
 

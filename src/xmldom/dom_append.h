@@ -37,6 +37,9 @@ int dom_text_node(xd_dom_node_t *document, xd_dom_node_t **out, const char *char
 // nodes made by the two constructors below; null when `document` is not a
 // document node or memory runs out.
 const char *dom_shared_string(xd_dom_node_t *document, const char *text);
+// The same for the first `size` bytes at `bytes`, cut at a NUL among them
+// (a record item's name, which need not end in one).
+const char *dom_shared_bytes(xd_dom_node_t *document, const char *bytes, size_t size);
 // As dom_element_node and dom_attr_node, for names and namespace URIs that
 // dom_shared_string gave for the same document (empty: null); the
 // attribute's value is copied from `value_size` bytes (0: null).

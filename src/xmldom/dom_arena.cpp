@@ -5,6 +5,7 @@
 #include <cstring>
 #include <new>
 #include <sys/mman.h>
+#include <utility>
 
 #if defined(__SANITIZE_ADDRESS__)
 #define CBLXML_ARENA_ASAN 1
@@ -169,9 +170,30 @@ char *DomArena::copy(const char *bytes, size_t size)
     return p;
 }
 
-char *DomArena::shared(const char *text)
+char *DomArena::shared(const char *bytes, size_t size)
 {
-    const std::string_view key(text);
+    if (bytes == nullptr || size == 0)
+        return shared_view(std::string_view());
+    Recent &r = recent_[(reinterpret_cast<uintptr_t>(bytes) >> 3) % kRecent];
+    // The bytes at an address may have changed since: the copy is compared
+    // with them before it is taken.
+    if (r.bytes == bytes && r.size == size && std::memcmp(r.copy, bytes, r.length) == 0 &&
+        (r.length == size || bytes[r.length] == '\0'))
+        return r.copy;
+    const void *nul = std::memchr(bytes, '\0', size);
+    const size_t length =
+        nul != nullptr ? static_cast<size_t>(static_cast<const char *>(nul) - bytes) : size;
+    char *copy = shared_view(std::string_view(bytes, length));
+    if (copy != nullptr)
+        r = Recent{bytes, size, copy, length};
+    return copy;
+}
+
+char *DomArena::shared(const char *text) { return shared_view(std::string_view(text)); }
+
+char *DomArena::shared_view(std::string_view key)
+{
+    const char *text = key.data();
     const auto found = shared_.find(key);
     if (found != shared_.end())
         return found->second;
@@ -196,9 +218,14 @@ char *DomArena::text_name()
 bool DomArena::owns(const void *p) const
 {
     const auto at = reinterpret_cast<uintptr_t>(p);
-    // Strings of neighbouring nodes mostly share a block.
+    // Strings of neighbouring nodes mostly share a block; their names, made
+    // once, mostly share another.
     if (at >= last_.start && at < last_.end)
         return true;
+    if (at >= prev_.start && at < prev_.end) {
+        std::swap(last_, prev_);
+        return true;
+    }
     auto it = std::upper_bound(blocks_.begin(), blocks_.end(), at,
                                [](uintptr_t x, const Block &b) { return x < b.start; });
     if (it == blocks_.begin())
@@ -206,6 +233,7 @@ bool DomArena::owns(const void *p) const
     --it;
     if (at >= it->end)
         return false;
+    prev_ = last_;
     last_ = *it;
     return true;
 }

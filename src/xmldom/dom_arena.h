@@ -31,6 +31,10 @@ public:
     char *copy(const char *bytes, size_t size);
     // The one copy of `text` this arena keeps; null when memory runs out.
     char *shared(const char *text);
+    // The same for the first `size` bytes at `bytes`, cut at a NUL among
+    // them. Names that come again from the same place (a record item's
+    // name) are found without hashing them.
+    char *shared(const char *bytes, size_t size);
     // The arena's copy of the name of every text node, "text"; null when
     // memory runs out.
     char *text_name();
@@ -39,6 +43,7 @@ public:
 
 private:
     void *take(size_t size);
+    char *shared_view(std::string_view key);
     void *new_block(size_t size);
 
     struct Block {
@@ -46,14 +51,25 @@ private:
         uintptr_t end;
         bool mapped;  // a mapping of its own, not a heap block
     };
+    // A recent answer of shared(bytes, size), by the address of the bytes.
+    struct Recent {
+        const char *bytes;
+        size_t size;
+        char *copy;
+        size_t length;  // of copy
+    };
+    static constexpr size_t kRecent = 64;
+
     std::vector<Block> blocks_;        // sorted by address
     mutable Block last_{0, 0, false};  // the block owns() found last
+    mutable Block prev_{0, 0, false};  // and the one before it
     char *next_ = nullptr;
     size_t left_ = 0;
     size_t held_ = 0;  // bytes of the shared blocks
     xd_dom_node_t *free_nodes_ = nullptr;
     char *text_name_ = nullptr;
     std::unordered_map<std::string_view, char *> shared_;
+    Recent recent_[kRecent] = {};
 };
 
 }  // namespace cblxml

@@ -314,6 +314,12 @@ const char *dom_shared_string(xd_dom_node_t *document, const char *text)
     return arena != nullptr && text != nullptr ? arena->shared(text) : nullptr;
 }
 
+const char *dom_shared_bytes(xd_dom_node_t *document, const char *bytes, size_t size)
+{
+    DomArena *arena = document_arena(document);
+    return arena != nullptr ? arena->shared(bytes, size) : nullptr;
+}
+
 int dom_element_node_named(xd_dom_node_t *document, xd_dom_node_t **out, const char *name,
                            const char *namespace_uri)
 {

@@ -359,3 +359,25 @@ TEST(ArenaNodes, SameNodesAsTheExportedConstructors)
     kvt_xe_xml_dom_free_node(b, 1);  // with its text, before the document
     EXPECT_EQ(a->first_child, nullptr);
 }
+
+// A name taken by its bytes is the document's one copy of it, cut at a NUL;
+// new bytes at the same address (a reused record area) give their own copy.
+TEST(ArenaNodes, SharedBytesFollowTheBytesNotTheirAddress)
+{
+    using namespace cblxml;
+    NodePtr doc(document());
+    char area[8] = {'o', 'r', 'd', 'e', 'r', 'X', '\0', 'y'};
+    const char *order = dom_shared_bytes(doc.get(), area, 5);
+    ASSERT_NE(order, nullptr);
+    EXPECT_STREQ(order, "order");
+    EXPECT_EQ(dom_shared_bytes(doc.get(), area, 5), order);
+    EXPECT_EQ(dom_shared_string(doc.get(), "order"), order);
+    std::memcpy(area, "line", 4);
+    EXPECT_STREQ(dom_shared_bytes(doc.get(), area, 5), "liner");
+    EXPECT_STREQ(dom_shared_bytes(doc.get(), area, 8), "linerX");
+    EXPECT_STREQ(dom_shared_bytes(doc.get(), area, 0), "");
+    xd_dom_node_t *element = nullptr;
+    ASSERT_EQ(dom_element_node(doc.get(), &element, "e", nullptr), 0);
+    EXPECT_EQ(dom_shared_bytes(element, area, 5), nullptr);  // not a document
+    kvt_xe_xml_dom_free_node(element, 0);
+}
