@@ -11,6 +11,7 @@
 
 #include "XmlDomHandlers/XmlDomHandlers.h"
 #include "platform/platform.h"
+#include "platform/unicode.h"
 
 namespace cblxml {
 
@@ -73,6 +74,31 @@ XMLCh *XmlDomHandlers::toUtf16(const unsigned char *source, uint32_t &length)
     out[units] = 0;
     length = static_cast<uint32_t>(units);
     return out;
+}
+
+void XmlDomHandlers::convertUpTo(size_t units) const
+{
+    // Bytes converted a step.
+    constexpr uint32_t kStep = 256 * 1024;
+    while (lazyBytes != nullptr && readyUnits < units) {
+        uint32_t end = lazyLength - readyBytes > kStep ? readyBytes + kStep : lazyLength;
+        // A step ends before a byte that is not a continuation byte: no
+        // character reads such a byte as its own, so the steps decode as one
+        // conversion of the whole document would.
+        while (end < lazyLength && (lazyBytes[end] & 0xC0) == 0x80)
+            ++end;
+        readyUnits += static_cast<uint32_t>(platform::utf8_to_utf16_into(
+            reinterpret_cast<const char *>(lazyBytes) + readyBytes, end - readyBytes,
+            docText + readyUnits));
+        readyBytes = end;
+        if (readyBytes == lazyLength) {
+            // The terminator goes last: the steps may write ahead of their
+            // units.
+            docTextLen = readyUnits;
+            docText[docTextLen] = 0;
+            lazyBytes = nullptr;
+        }
+    }
 }
 
 }  // namespace cblxml
