@@ -335,7 +335,6 @@ bool XmlDomHandlers::examineDeclaration(const XMLCh *work, uint32_t workLen,
     return false;
 }
 
-
 void XmlDomHandlers::constructTreeMode(const unsigned char *doc, uint32_t length)
 {
     auto &tree = static_cast<TreeSink &>(*sink);

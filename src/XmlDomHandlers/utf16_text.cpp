@@ -87,9 +87,9 @@ void XmlDomHandlers::convertUpTo(size_t units) const
         // conversion of the whole document would.
         while (end < lazyLength && (lazyBytes[end] & 0xC0) == 0x80)
             ++end;
-        readyUnits += static_cast<uint32_t>(platform::utf8_to_utf16_into(
-            reinterpret_cast<const char *>(lazyBytes) + readyBytes, end - readyBytes,
-            docText + readyUnits));
+        readyUnits += static_cast<uint32_t>(
+            platform::utf8_to_utf16_into(reinterpret_cast<const char *>(lazyBytes) + readyBytes,
+                                         end - readyBytes, docText + readyUnits));
         readyBytes = end;
         if (readyBytes == lazyLength) {
             // The terminator goes last: the steps may write ahead of their
