@@ -227,8 +227,8 @@ TEST(DifferentialTest, LongUtf8DocumentsReadTheirTextLate)
     // with characters of every UTF-8 length lying across every offset.
     std::string filler;
     for (int i = 0; filler.size() < 300 * 1024; ++i)
-        filler += std::string(static_cast<size_t>(i % 7), 'w') +
-                  "\xC3\xA9t\xE2\x82\xAC \xF0\x9F\x98\x80<i>x</i>\r\n";
+        filler.append(static_cast<size_t>(i % 7), 'w')
+            .append("\xC3\xA9t\xE2\x82\xAC \xF0\x9F\x98\x80<i>x</i>\r\n");
     const std::string prologs[] = {
         "",
         "<?xml version=\"1.0\"?>\n",
@@ -249,7 +249,8 @@ TEST(DifferentialTest, LongUtf8DocumentsReadTheirTextLate)
     };
     for (const std::string &prolog : prologs) {
         for (const std::string &tail : tails) {
-            const std::string doc = prolog + "<r>" + filler + tail + "</r>";
+            std::string doc = prolog;
+            doc.append("<r>").append(filler).append(tail).append("</r>");
             EXPECT_EQ(difference(doc, 0), "") << prolog << " / " << tail;
         }
     }
