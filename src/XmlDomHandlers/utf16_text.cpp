@@ -78,10 +78,16 @@ XMLCh *XmlDomHandlers::toUtf16(const unsigned char *source, uint32_t &length)
 
 void XmlDomHandlers::convertUpTo(size_t units) const
 {
-    // Bytes converted a step.
-    constexpr uint32_t kStep = 256 * 1024;
+    // Bytes converted a step: about as many as units are wanted, within
+    // these bounds (a prefix of the text costs little).
+    constexpr size_t kSmallestStep = 4 * 1024;
+    constexpr size_t kLargestStep = 256 * 1024;
     while (lazyBytes != nullptr && readyUnits < units) {
-        uint32_t end = lazyLength - readyBytes > kStep ? readyBytes + kStep : lazyLength;
+        const size_t wanted = units - readyUnits;
+        const auto step = static_cast<uint32_t>(wanted < kSmallestStep  ? kSmallestStep
+                                                : wanted > kLargestStep ? kLargestStep
+                                                                        : wanted);
+        uint32_t end = lazyLength - readyBytes > step ? readyBytes + step : lazyLength;
         // A step ends before a byte that is not a continuation byte: no
         // character reads such a byte as its own, so the steps decode as one
         // conversion of the whole document would.
