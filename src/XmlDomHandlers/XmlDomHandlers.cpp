@@ -129,12 +129,6 @@ int64_t XmlDomHandlers::firstAmpersand()
     return ampersandAt;
 }
 
-bool XmlDomHandlers::ampersandFree()
-{
-    const int64_t first = firstAmpersand();
-    return first == INT64_MAX || first >= static_cast<int64_t>(getDocTextLen());
-}
-
 void XmlDomHandlers::entityDeclared(const XMLCh *name)
 {
     if (name != nullptr && name[0] != u'%')

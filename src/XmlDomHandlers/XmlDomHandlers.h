@@ -154,8 +154,13 @@ public:
     // first use.
     int64_t firstAmpersand();
     // True when the text holds no "&" (so none when it is empty); known
-    // without completing a copy made as it is read.
-    bool ampersandFree();
+    // without completing a copy made as it is read. Once the first "&" is
+    // found, either there is none (INT64_MAX) or the copy is complete.
+    bool ampersandFree()
+    {
+        const int64_t first = ampersandAt >= 0 ? ampersandAt : firstAmpersand();
+        return first >= static_cast<int64_t>(docTextLen);
+    }
 
     // SAX2 content call-backs.
     void setDocumentLocator(const xercesc::Locator *const locator) override;
