@@ -16,7 +16,9 @@
 namespace cblxml {
 
 XmlDomHandlers::XmlDomHandlers(const void *document, uint32_t length, void *out,
-                               xd_dom_parse_err_t **errorRecordOut, uint32_t flags)
+                               xd_dom_parse_err_t **errorRecordOut, uint32_t flags,
+                               bool documentStays)
+    : bytesStay(documentStays)
 {
     idesc.class_code = DM_CLASS_ALPHANUMERIC;
     idesc.usage_code = DM_USAGE_DISPLAY;
@@ -96,25 +98,34 @@ xd_parse_info *XmlDomHandlers::getEventTail() const
 
 int64_t XmlDomHandlers::locatorOffset(uint64_t line, uint64_t column)
 {
-    if (!lines.built())
-        lines.reset(docText, docTextLen, bomUncounted ? 1u : 0u);
+    if (!lines.built()) {
+        const XMLCh *text = getDocText();
+        lines.reset(text, docTextLen, bomUncounted ? 1u : 0u);
+    }
     int64_t col = column > 0 ? static_cast<int64_t>(column) : 1;
     return static_cast<int64_t>(lines.lineStart(line)) + col - 1;
 }
 
 int64_t XmlDomHandlers::clampedPosition()
 {
-    if (locator == nullptr || docTextLen == 0)
+    if (locator == nullptr || getDocTextLen() == 0)
         return 0;
     int64_t pos = locatorOffset(locator->getLineNumber(), locator->getColumnNumber());
-    const auto last = static_cast<int64_t>(docTextLen) - 1;
+    const auto last = static_cast<int64_t>(getDocTextLen()) - 1;
     return pos > last ? last : pos < 0 ? 0 : pos;
 }
 
 int64_t XmlDomHandlers::firstAmpersand()
 {
-    if (ampersandAt < 0)
-        ampersandAt = static_cast<int64_t>(find_either(docText, 0, docTextLen, u'&', u'&'));
+    // A deferred copy is not completed for this: an "&" unit comes only
+    // from an "&" byte, so without one no unit is an "&".
+    if (ampersandAt < 0 && lazyBytes != nullptr &&
+        std::memchr(lazyBytes, '&', lazyLength) == nullptr)
+        ampersandAt = INT64_MAX;
+    if (ampersandAt < 0) {
+        const XMLCh *text = getDocText();
+        ampersandAt = static_cast<int64_t>(find_either(text, 0, docTextLen, u'&', u'&'));
+    }
     return ampersandAt;
 }
 

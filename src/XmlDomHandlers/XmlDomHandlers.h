@@ -43,8 +43,12 @@ public:
     // out: event mode, xd_parse_info ** holding the sentinel; tree mode,
     // xd_dom_node_t ** that receives the document node (may be null).
     // errorRecord: tree mode, the caller's error record (cleared here).
+    // documentStays: the document's bytes stay as they are, at that
+    // address, for as long as the handler lives; an event-mode UTF-8
+    // document then has its UTF-16 copy made as the call-backs first need
+    // it rather than all at once.
     XmlDomHandlers(const void *document, uint32_t length, void *out,
-                   xd_dom_parse_err_t **errorRecord, uint32_t flags);
+                   xd_dom_parse_err_t **errorRecord, uint32_t flags, bool documentStays = false);
     ~XmlDomHandlers() override;
     XmlDomHandlers(const XmlDomHandlers &) = delete;
     XmlDomHandlers &operator=(const XmlDomHandlers &) = delete;
@@ -98,9 +102,34 @@ public:
     // cobolText makes them (the text of a national-character event).
     char *unitText(const XMLCh *source, size_t count);
 
-    // The UTF-16 copy of the document and its length in units.
-    const XMLCh *getDocText() const { return docText; }
-    uint32_t getDocTextLen() const { return docTextLen; }
+    // The UTF-16 copy of the document and its length in units (the copy is
+    // completed first when it is made as it is read).
+    const XMLCh *getDocText() const
+    {
+        if (lazyBytes != nullptr)
+            convertUpTo(SIZE_MAX);
+        return docText;
+    }
+    uint32_t getDocTextLen() const
+    {
+        if (lazyBytes != nullptr)
+            convertUpTo(SIZE_MAX);
+        return docTextLen;
+    }
+    // For call-backs that read only a prefix of the copy: makes at least its
+    // first `units` units (all of them when it is shorter) and returns how
+    // many are made, which is the length once the copy is complete. The
+    // units made are read at getDocTextStart().
+    size_t prepareDocText(size_t units) const
+    {
+        if (lazyBytes != nullptr && units > readyUnits)
+            convertUpTo(units);
+        return lazyBytes != nullptr ? readyUnits : docTextLen;
+    }
+    const XMLCh *getDocTextStart() const { return docText; }
+    bool docTextComplete() const { return lazyBytes == nullptr; }
+    // True when the copy is empty (known without completing it).
+    bool docTextEmpty() const { return lazyBytes == nullptr && docTextLen == 0; }
     bool isNational() const { return national; }
     const xercesc::Locator *getLocator() const { return locator; }
     // An error call-back recorded an exception.
@@ -119,10 +148,19 @@ public:
     int64_t locatorOffset(uint64_t line, uint64_t column);
     // The locator's offset within the text (0 without a locator or text).
     int64_t clampedPosition();
-    // The offset of the first "&" of the document text, or its length when
-    // it holds none: text before it holds no reference, so the call-backs
-    // need not look for one there. Found on first use.
+    // The offset of the first "&" of the document text, or a value not
+    // below its length when it holds none: text before it holds no
+    // reference, so the call-backs need not look for one there. Found on
+    // first use.
     int64_t firstAmpersand();
+    // True when the text holds no "&" (so none when it is empty); known
+    // without completing a copy made as it is read. Once the first "&" is
+    // found, either there is none (INT64_MAX) or the copy is complete.
+    bool ampersandFree()
+    {
+        const int64_t first = ampersandAt >= 0 ? ampersandAt : firstAmpersand();
+        return first >= static_cast<int64_t>(docTextLen);
+    }
 
     // SAX2 content call-backs.
     void setDocumentLocator(const xercesc::Locator *const locator) override;
@@ -164,11 +202,26 @@ private:
     // The UTF-16 conversion routine: a new buffer of length + 1 units;
     // length becomes the number of units made.
     XMLCh *toUtf16(const unsigned char *source, uint32_t &length);
+    // A UTF-8 document whose bytes stay: the declaration is examined from
+    // its first bytes and the copy is made later, as it is read. False
+    // when the document does not allow it (nothing is then changed).
+    bool deferUtf8Text(const unsigned char *doc, uint32_t length, const std::u16string &detected,
+                       uint32_t flags);
+    // Converts the deferred document's bytes until `units` units are made
+    // (or all of them), in steps that end between two characters.
+    void convertUpTo(size_t units) const;
 
     bool sawErrors = false;
     bool national = false;
+    bool bytesStay = false;  // see the constructor's documentStays
     XMLCh *docText = nullptr;
-    uint32_t docTextLen = 0;
+    mutable uint32_t docTextLen = 0;  // 0 until a deferred copy is complete
+    // A deferred copy: the bytes still to convert (null once all are made),
+    // and how far the conversion has come in bytes and in units.
+    mutable const unsigned char *lazyBytes = nullptr;
+    uint32_t lazyLength = 0;
+    mutable uint32_t readyBytes = 0;
+    mutable uint32_t readyUnits = 0;
     xercesc::XMLTranscoder *transcoder = nullptr;
     void *mapHandle = nullptr;
     dm_item_desc idesc{};

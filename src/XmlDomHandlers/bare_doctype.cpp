@@ -60,14 +60,11 @@ int64_t doctype_end(const XMLCh *text, size_t length, size_t from)
     return -1;
 }
 
-}  // namespace
-
-void EventSink::findBareDoctype()
+// Walks the prolog: white space, the XML declaration, comments and PIs, up
+// to the first other markup; returns where it stops. Linear in the prolog's
+// length.
+size_t prolog_end(const XMLCh *docText, size_t length)
 {
-    const XMLCh *docText = h.getDocText();
-    // Walk the prolog: white space, the XML declaration, comments and PIs,
-    // up to the first other markup. Linear in the prolog's length.
-    const size_t length = h.getDocTextLen();
     size_t pos = docText != nullptr && length > 0 && docText[0] == 0xFEFF ? 1 : 0;
     for (;;) {
         while (pos < length && is_decl_space(docText[pos]))
@@ -79,8 +76,29 @@ void EventSink::findBareDoctype()
         else
             break;
     }
-    if (!at(docText, length, pos, u"<!DOCTYPE"))
-        return;
+    return pos;
+}
+
+}  // namespace
+
+void EventSink::findBareDoctype()
+{
+    // The walk reads longer and longer prefixes of the text: its outcome
+    // stands once it stops nine units or more before the prefix's end (room
+    // for "<!DOCTYPE"), or the prefix is the whole text.
+    const XMLCh *docText = h.getDocTextStart();
+    size_t pos = 0;
+    for (size_t want = 4096;; want *= 4) {
+        const size_t have = h.prepareDocText(want);
+        pos = prolog_end(docText, have);
+        if (pos + 9 <= have || h.docTextComplete()) {
+            if (!at(docText, have, pos, u"<!DOCTYPE"))
+                return;
+            break;
+        }
+    }
+    docText = h.getDocText();
+    const size_t length = h.getDocTextLen();
     size_t end = pos + 9;
     while (end < length && docText[end] != u'>' && docText[end] != u'[' && docText[end] != u'"' &&
            docText[end] != u'\'')

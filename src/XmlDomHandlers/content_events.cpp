@@ -13,20 +13,19 @@ namespace cblxml {
 void EventSink::characters(const XMLCh *chars, size_t units)
 {
     const int32_t nat = h.isNational() ? 1 : 0;
-    const XMLCh *docText = h.getDocText();
-    const uint32_t docTextLen = h.getDocTextLen();
     const xercesc::Locator *locator = h.getLocator();
     // Without an "&" in the document text no call begins at a reference (the
     // walk below would end at a ">" or at the start of the text).
-    const int64_t firstAmp = locator != nullptr ? h.firstAmpersand() : 0;
-    if (event_is(eventTail, "START-OF-CDATA-SECTION") || locator == nullptr || docTextLen == 0 ||
-        firstAmp >= static_cast<int64_t>(docTextLen)) {
+    if (event_is(eventTail, "START-OF-CDATA-SECTION") || locator == nullptr || h.ampersandFree()) {
         appendTextEvent("CONTENT-CHARACTERS", chars, units);
         return;
     }
+    const uint32_t docTextLen = h.getDocTextLen();
+    const int64_t firstAmp = h.firstAmpersand();
     // The locator stands at the "<" that ends the text, or one past the "&"
     // of the reference that ends it.
     int64_t p = h.locatorOffset(locator->getLineNumber(), locator->getColumnNumber()) - 1;
+    const XMLCh *docText = h.getDocText();
     const auto last = static_cast<int64_t>(docTextLen) - 1;
     if (p > last)
         p = last;

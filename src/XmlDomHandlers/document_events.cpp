@@ -37,7 +37,7 @@ Pseudo pseudo_attribute(const std::u16string &name)
 
 void EventSink::startDocument()
 {
-    if (h.getDocTextLen() == 0) {
+    if (h.docTextEmpty()) {
         xd_parse_info *record = new_event("EXCEPTION");
         record->code = kGenericExceptionCode;
         record->text = copy_text(h.getDocText(), 0, 2);
@@ -52,12 +52,20 @@ void EventSink::startDocument()
 
 void EventSink::appendDocumentDeclaration()
 {
-    if (!starts_with(h.getDocText(), h.getDocTextLen(), u"<?xml"))
+    // The first "?>" is looked for in longer and longer prefixes of the
+    // text: the declaration is all that is read of it.
+    const XMLCh *decl = h.getDocTextStart();
+    if (!starts_with(decl, h.prepareDocText(5), u"<?xml"))
         return;
-    const size_t end = find_decl_end(h.getDocText(), h.getDocTextLen());
-    if (end == h.getDocTextLen())
-        return;
-    const XMLCh *decl = h.getDocText();
+    size_t end = 0;
+    for (size_t want = 256;; want *= 4) {
+        const size_t have = h.prepareDocText(want);
+        end = find_decl_end(decl, have);
+        if (end < have)
+            break;
+        if (h.docTextComplete())
+            return;  // no "?>"
+    }
     const size_t declLen = end + 2;
 
     size_t pos = 0;

@@ -64,15 +64,18 @@ bool quoted_value(std::u16string_view tag, size_t &pos, std::u16string_view &val
 void EventSink::startElement(const XMLCh *, const XMLCh *, const XMLCh *qname,
                              const xercesc::Attributes &attrs)
 {
-    const XMLCh *docText = h.getDocText();
-    const uint32_t docTextLen = h.getDocTextLen();
     const xercesc::Locator *locator = h.getLocator();
     const int32_t nat = h.isNational() ? 1 : 0;
-    endDoctypeBefore(static_cast<int64_t>(docTextLen));
+    // Only a declaration still open or unreported reads the position.
+    if (pendingDoctype())
+        endDoctypeBefore(static_cast<int64_t>(h.getDocTextLen()));
     appendSkippedBeforeMarkup(u"<");
     ++depth;
     appendTextEvent("START-OF-ELEMENT", qname, unit_length(qname));
-    if (attrs.getLength() < 1 || locator == nullptr || docTextLen == 0)
+    if (attrs.getLength() < 1 || locator == nullptr)
+        return;
+    const uint32_t docTextLen = h.getDocTextLen();
+    if (docTextLen == 0)
         return;
 
     // The locator stands just behind the ">" of the start tag. Backward scans
@@ -82,6 +85,7 @@ void EventSink::startElement(const XMLCh *, const XMLCh *, const XMLCh *qname,
         tagEnd = static_cast<int64_t>(docTextLen) - 1;
     if (tagEnd < 0)
         return;
+    const XMLCh *docText = h.getDocText();
     int64_t tagStart = find_last_either(docText, 0, tagEnd + 1, u'<', u'<');
     if (tagStart < 0)
         tagStart = 0;

@@ -155,6 +155,25 @@ std::u16string XmlDomHandlers::detectEncoding(const unsigned char *doc, uint32_t
     return {};
 }
 
+namespace {
+
+// How many bytes of a document hold its declaration: 0 when the document
+// opens with '<' and a letter, '!' or '/' (no declaration; ASCII-compatible
+// bytes), else the bytes up to the first "?>" and those two; `length` when
+// neither tells.
+size_t declaration_head(const unsigned char *doc, uint32_t length)
+{
+    if (length >= 2 && doc[0] == '<' &&
+        ((doc[1] >= 'A' && doc[1] <= 'Z') || (doc[1] >= 'a' && doc[1] <= 'z') || doc[1] == '!' ||
+         doc[1] == '_' || doc[1] == '/'))
+        return 0;
+    const void *end = memmem(doc, length, "?>", 2);
+    return end != nullptr ? static_cast<size_t>(static_cast<const unsigned char *>(end) - doc) + 2
+                          : length;
+}
+
+}  // namespace
+
 void XmlDomHandlers::constructEventMode(const unsigned char *doc, uint32_t length, uint32_t flags)
 {
     national = (flags & CBLXML_OPT_NATIONAL) != 0;
@@ -172,6 +191,11 @@ void XmlDomHandlers::constructEventMode(const unsigned char *doc, uint32_t lengt
         convertThroughDataMap(doc, length, flags);
     } else {
         transcoder = transcoder_for(detected);
+        if (deferUtf8Text(doc, length, detected, flags)) {
+            bomUncounted = !sawErrors && docText != nullptr && prepareDocText(1) > 0 &&
+                           docText[0] == 0xFEFF && begins(doc, length, "\xEF\xBB\xBF", 3);
+            return;
+        }
         uint32_t workLen = length;
         XMLCh *work = toUtf16(doc, workLen);
         bool replaced = false;
@@ -197,6 +221,53 @@ void XmlDomHandlers::constructEventMode(const unsigned char *doc, uint32_t lengt
     // with the UTF-8 mark.
     bomUncounted = docText != nullptr && docTextLen > 0 && docText[0] == 0xFEFF &&
                    (mapHandle != nullptr || begins(doc, length, "\xEF\xBB\xBF", 3));
+}
+
+bool XmlDomHandlers::deferUtf8Text(const unsigned char *doc, uint32_t length,
+                                   const std::u16string &detected, uint32_t flags)
+{
+    // Small documents are converted at once: deferring pays only where the
+    // copy costs something.
+    constexpr uint32_t kDeferredMinimum = 64 * 1024;
+    if (!bytesStay || length < kDeferredMinimum || transcoder == nullptr ||
+        !xercesc::XMLString::equals(transcoder->getEncodingName(), u"UTF-8"))
+        return false;
+    // The head ends just after the first "?>" (or is empty when the
+    // document opens with a tag): the declaration reads the same in it as
+    // in the whole copy.
+    const size_t head = declaration_head(doc, length);
+    if (head >= length)
+        return false;
+    uint32_t headLen = static_cast<uint32_t>(head);
+    XMLCh *work = toUtf16(doc, headLen);
+    bool replaced = false;
+    if (starts_with(work, headLen, u"<?xml")) {
+        try {
+            replaced = examineDeclaration(work, headLen, detected, doc, length, flags);
+        } catch (...) {
+            std::free(work);
+            throw;
+        }
+    }
+    std::free(work);
+    if (sawErrors)
+        return true;
+    if (replaced) {
+        // Another encoding: the whole copy is made through its transcoder.
+        uint32_t workLen = length;
+        docText = toUtf16(doc, workLen);
+        docTextLen = workLen;
+        return true;
+    }
+    // UTF-8 never takes fewer bytes than UTF-16 units: the copy's block has
+    // room for it; its length is known once it is complete.
+    docText = static_cast<XMLCh *>(std::malloc((size_t{length} + 1) * sizeof(XMLCh)));
+    if (docText == nullptr)
+        throw std::bad_alloc();
+    docTextLen = 0;
+    lazyBytes = doc;
+    lazyLength = length;
+    return true;
 }
 
 void XmlDomHandlers::convertThroughDataMap(const unsigned char *doc, uint32_t length,
@@ -263,25 +334,6 @@ bool XmlDomHandlers::examineDeclaration(const XMLCh *work, uint32_t workLen,
     }
     return false;
 }
-
-namespace {
-
-// How many bytes of a document hold its declaration: 0 when the document
-// opens with '<' and a letter, '!' or '/' (no declaration; ASCII-compatible
-// bytes), else the bytes up to the first "?>" and those two; `length` when
-// neither tells.
-size_t declaration_head(const unsigned char *doc, uint32_t length)
-{
-    if (length >= 2 && doc[0] == '<' &&
-        ((doc[1] >= 'A' && doc[1] <= 'Z') || (doc[1] >= 'a' && doc[1] <= 'z') || doc[1] == '!' ||
-         doc[1] == '_' || doc[1] == '/'))
-        return 0;
-    const void *end = memmem(doc, length, "?>", 2);
-    return end != nullptr ? static_cast<size_t>(static_cast<const unsigned char *>(end) - doc) + 2
-                          : length;
-}
-
-}  // namespace
 
 void XmlDomHandlers::constructTreeMode(const unsigned char *doc, uint32_t length)
 {

@@ -79,6 +79,8 @@ private:
     // before it is finished first: the unreported one is emitted, an open one
     // is closed. Called before the construct's own records are appended.
     void endDoctypeBefore(int64_t position);
+    // True when endDoctypeBefore may do something.
+    bool pendingDoctype() const { return bareDoctypeStart >= 0 || inDtd; }
     // Closes the open declaration whose closing ">" is docText[end]: its
     // record, still the tail, gets the whole declaration as its text.
     void closeDtd(int64_t end);

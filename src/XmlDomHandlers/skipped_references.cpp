@@ -80,20 +80,18 @@ void EventSink::appendSkippedBefore(int64_t end)
 void EventSink::appendSkippedBeforeMarkup(const char16_t *opener)
 {
     const xercesc::Locator *locator = h.getLocator();
-    if (depth <= 0 || locator == nullptr || h.getDocTextLen() == 0)
-        return;
-    const XMLCh *text = h.getDocText();
-    const auto length = static_cast<int64_t>(h.getDocTextLen());
     // No reference stands before the first "&". Leaving skippedUpTo behind
     // changes nothing: no "&" lies between it and this markup either.
-    const int64_t firstAmp = h.firstAmpersand();
-    if (firstAmp >= length)
+    if (depth <= 0 || locator == nullptr || h.ampersandFree())
         return;
+    const auto length = static_cast<int64_t>(h.getDocTextLen());
+    const int64_t firstAmp = h.firstAmpersand();
     int64_t at = h.locatorOffset(locator->getLineNumber(), locator->getColumnNumber());
     if (at > length)
         at = length;
     if (at <= firstAmp)
         return;
+    const XMLCh *text = h.getDocText();
     // A tag is the nearest "<"; a comment, a processing instruction or a
     // CDATA section may hold "<" itself and is found by its opener.
     const std::u16string_view start(opener);

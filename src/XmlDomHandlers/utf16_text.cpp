@@ -11,6 +11,7 @@
 
 #include "XmlDomHandlers/XmlDomHandlers.h"
 #include "platform/platform.h"
+#include "platform/unicode.h"
 
 namespace cblxml {
 
@@ -73,6 +74,37 @@ XMLCh *XmlDomHandlers::toUtf16(const unsigned char *source, uint32_t &length)
     out[units] = 0;
     length = static_cast<uint32_t>(units);
     return out;
+}
+
+void XmlDomHandlers::convertUpTo(size_t units) const
+{
+    // Bytes converted a step: about as many as units are wanted, within
+    // these bounds (a prefix of the text costs little).
+    constexpr size_t kSmallestStep = 4 * 1024;
+    constexpr size_t kLargestStep = 256 * 1024;
+    while (lazyBytes != nullptr && readyUnits < units) {
+        const size_t wanted = units - readyUnits;
+        const auto step = static_cast<uint32_t>(wanted < kSmallestStep  ? kSmallestStep
+                                                : wanted > kLargestStep ? kLargestStep
+                                                                        : wanted);
+        uint32_t end = lazyLength - readyBytes > step ? readyBytes + step : lazyLength;
+        // A step ends before a byte that is not a continuation byte: no
+        // character reads such a byte as its own, so the steps decode as one
+        // conversion of the whole document would.
+        while (end < lazyLength && (lazyBytes[end] & 0xC0) == 0x80)
+            ++end;
+        readyUnits += static_cast<uint32_t>(
+            platform::utf8_to_utf16_into(reinterpret_cast<const char *>(lazyBytes) + readyBytes,
+                                         end - readyBytes, docText + readyUnits));
+        readyBytes = end;
+        if (readyBytes == lazyLength) {
+            // The terminator goes last: the steps may write ahead of their
+            // units.
+            docTextLen = readyUnits;
+            docText[docTextLen] = 0;
+            lazyBytes = nullptr;
+        }
+    }
 }
 
 }  // namespace cblxml

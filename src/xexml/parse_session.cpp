@@ -80,21 +80,34 @@ void ParseSession::open(const void *document, uint32_t length)
     reader = std::make_unique<ErrorRecordingReader>(&memory);
     set_features(*reader, flags);
     guard = std::make_unique<EntityGuard>(*reader, flags);  // no external fetches
-    handler = std::make_unique<XmlDomHandlers>(document, length, &listHead, nullptr, flags);
+    // The private copy is made first and the handler reads it too: it stays
+    // in place until the handler goes, so the handler may make its UTF-16
+    // copy as the call-backs need it. National documents go through the
+    // data map, which makes the parser's text itself.
+    const bool copyFirst = document != nullptr && (flags & CBLXML_OPT_NATIONAL) == 0;
+    if (copyFirst)
+        buffer.assign(static_cast<const char *>(document), length);
+    handler = std::make_unique<XmlDomHandlers>(copyFirst ? buffer.data() : document, length,
+                                               &listHead, nullptr, flags, copyFirst);
     guard->reportDeclarationsTo(handler.get());
     if (handler->getSawErrors()) {
         closeParser();  // the document was refused before parsing
         return;
     }
     register_handler(*reader, *handler, flags);
-    buffer = parse_buffer(*handler, document, length);
     // A restart needs the document as it was; a national document that the
     // data map converted without loss is its UTF-16 text already.
     originalIsText = handler->getMPH() != nullptr && handler->isNational() &&
                      size_t{handler->getDocTextLen()} * 2 == length &&
                      std::memcmp(handler->getDocText(), document, length) == 0;
-    if (handler->getMPH() != nullptr && !originalIsText)
-        original.assign(static_cast<const char *>(document), length);
+    if (handler->getMPH() != nullptr && !originalIsText) {
+        if (copyFirst)
+            original = std::move(buffer);
+        else
+            original.assign(static_cast<const char *>(document), length);
+    }
+    if (handler->getMPH() != nullptr || !copyFirst)
+        buffer = parse_buffer(*handler, document, length);
     source = std::make_unique<xercesc::MemBufInputSource>(
         reinterpret_cast<const XMLByte *>(buffer.data()), buffer.size(), "prodInfo", false,
         &memory);

@@ -219,3 +219,39 @@ TEST(DifferentialTest, ConformanceSuiteDocuments)
 }
 
 }  // namespace
+
+TEST(DifferentialTest, LongUtf8DocumentsReadTheirTextLate)
+{
+    // The text of a long UTF-8 document is read back only where a construct
+    // needs it: here after some 300 KB of content in which nothing does,
+    // with characters of every UTF-8 length lying across every offset.
+    std::string filler;
+    for (int i = 0; filler.size() < 300 * 1024; ++i)
+        filler.append(static_cast<size_t>(i % 7), 'w')
+            .append("\xC3\xA9t\xE2\x82\xAC \xF0\x9F\x98\x80<i>x</i>\r\n");
+    const std::string prologs[] = {
+        "",
+        "<?xml version=\"1.0\"?>\n",
+        "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>",
+        "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>",
+        "<?xml version=\"1.0\"" + std::string(600, ' ') + "?><!DOCTYPE r>",
+        "<?xml version=\"1.0\"?><!--" + std::string(9000, '.') + "--><!DOCTYPE r>\n",
+        "<!DOCTYPE r [<!ENTITY e \"x\">]>",
+    };
+    const std::string tails[] = {
+        "",
+        "<s k='v'>a&amp;b&e;</s>",
+        "&undeclared;",
+        "<!--c--><?p d?>",
+        "bad \xC3 byte",
+        "\x01",
+        "</x>",
+    };
+    for (const std::string &prolog : prologs) {
+        for (const std::string &tail : tails) {
+            std::string doc = prolog;
+            doc.append("<r>").append(filler).append(tail).append("</r>");
+            EXPECT_EQ(difference(doc, 0), "") << prolog << " / " << tail;
+        }
+    }
+}
