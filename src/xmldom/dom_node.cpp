@@ -295,17 +295,11 @@ int dom_element_node(xd_dom_node_t *document, xd_dom_node_t **out, const char *n
     DomArena *arena = document_arena(document);
     if (arena == nullptr || name == nullptr)
         return kvt_xe_xml_dom_element_node(document, out, name, namespace_uri);
-    xd_dom_node_t *node = arena_node(*arena, document, XD_DOM_ELEMENT);
-    if (node == nullptr)
+    const char *shared = arena->shared(name);
+    const char *ns = is_empty(namespace_uri) ? nullptr : arena->shared(namespace_uri);
+    if (shared == nullptr || (!is_empty(namespace_uri) && ns == nullptr))
         return fail(out);
-    node->name = arena->shared(name);
-    if (!is_empty(namespace_uri))
-        node->namespace_uri = arena->shared(namespace_uri);
-    if (node->name == nullptr || (!is_empty(namespace_uri) && node->namespace_uri == nullptr)) {
-        arena->release(node);
-        return fail(out);
-    }
-    return succeed(out, node);
+    return dom_element_node_named(document, out, shared, ns);
 }
 
 const char *dom_shared_string(xd_dom_node_t *document, const char *text)
@@ -358,22 +352,12 @@ int dom_attr_node(xd_dom_node_t *document, xd_dom_node_t **out, const char *name
     DomArena *arena = document_arena(document);
     if (arena == nullptr || value == nullptr)
         return kvt_xe_xml_dom_attr_node(document, out, name, namespace_uri, value);
-    xd_dom_node_t *node = arena_node(*arena, document, XD_DOM_ATTRIBUTE);
-    if (node == nullptr)
-        return fail(out);
     // Empty strings stay null, as the exported constructor leaves them.
-    bool ok = true;
-    if (!is_empty(name))
-        ok = (node->name = arena->shared(name)) != nullptr;
-    if (ok && !is_empty(namespace_uri))
-        ok = (node->namespace_uri = arena->shared(namespace_uri)) != nullptr;
-    if (ok && !is_empty(value))
-        ok = (node->value = arena->copy(value, std::strlen(value))) != nullptr;
-    if (!ok) {
-        arena->release(node);
+    const char *shared = is_empty(name) ? nullptr : arena->shared(name);
+    const char *ns = is_empty(namespace_uri) ? nullptr : arena->shared(namespace_uri);
+    if ((!is_empty(name) && shared == nullptr) || (!is_empty(namespace_uri) && ns == nullptr))
         return fail(out);
-    }
-    return succeed(out, node);
+    return dom_attr_node_named(document, out, shared, ns, value, std::strlen(value));
 }
 
 int dom_text_node(xd_dom_node_t *document, xd_dom_node_t **out, const char *chars, uint32_t length,
