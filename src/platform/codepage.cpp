@@ -67,6 +67,28 @@ void convert(iconv_t cd, const char *input, size_t length, std::string &out, Rep
     out.resize(used);
 }
 
+// Appends UTF-8 text to `out` as it is, with `bad` for each malformed
+// sequence; a run of ASCII bytes goes in one piece.
+void append_checked_utf8(const unsigned char *bytes, size_t length, std::string &out,
+                         std::string_view bad)
+{
+    const auto *text = reinterpret_cast<const char *>(bytes);
+    out.reserve(out.size() + length);
+    for (size_t position = 0; position < length;) {
+        const size_t start = position;
+        while (position < length && bytes[position] < 0x80)
+            ++position;
+        if (position > start) {
+            out.append(text + start, position - start);
+            continue;
+        }
+        if (decode_utf8(bytes, length, position) == kInvalidCodePoint)
+            out += bad;
+        else
+            out.append(text + start, position - start);
+    }
+}
+
 class NativeCodePage final : public CodePage {
 public:
     NativeCodePage() : CodePage(false, kNativeSubstitute)
@@ -77,41 +99,13 @@ public:
 
     void encode(const char *utf8, size_t length, std::string &out) override
     {
-        const auto *bytes = reinterpret_cast<const unsigned char *>(utf8);
-        out.reserve(out.size() + length);
-        for (size_t position = 0; position < length;) {
-            const size_t start = position;
-            // A run of ASCII bytes is its own form: appended in one piece.
-            while (position < length && bytes[position] < 0x80)
-                ++position;
-            if (position > start) {
-                out.append(utf8 + start, position - start);
-                continue;
-            }
-            if (decode_utf8(bytes, length, position) == kInvalidCodePoint)
-                out += kNativeSubstitute;
-            else
-                out.append(utf8 + start, position - start);
-        }
+        append_checked_utf8(reinterpret_cast<const unsigned char *>(utf8), length, out,
+                            std::string_view(&kNativeSubstitute, 1));
     }
 
     void decode(const unsigned char *bytes, size_t length, std::string &out) override
     {
-        const auto *text = reinterpret_cast<const char *>(bytes);
-        out.reserve(out.size() + length);
-        for (size_t position = 0; position < length;) {
-            const size_t start = position;
-            while (position < length && bytes[position] < 0x80)
-                ++position;
-            if (position > start) {
-                out.append(text + start, position - start);
-                continue;
-            }
-            if (decode_utf8(bytes, length, position) == kInvalidCodePoint)
-                out += kReplacementUtf8;
-            else
-                out.append(text + start, position - start);
-        }
+        append_checked_utf8(bytes, length, out, kReplacementUtf8);
     }
 
     size_t fit(const std::string &encoded, size_t room) const override
